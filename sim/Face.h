@@ -1,0 +1,66 @@
+// How a simulated function is written and found. A face is a table of such functions; the patcher and the simulated
+// GetProcAddress both answer from the same tables.
+//
+//   LONG WINAPI FakeSetDisplayConfig(...) {
+//     Call call("SetDisplayConfig");                 // counts, and looks for a declared fault
+//     if (call.Fails()) return call.Changed(call.FaultCode(), "paths=%u flags=0x%x", count, flags);
+//     ...
+//     return call.Changed(ERROR_SUCCESS, "paths=%u flags=0x%x", count, flags);  // journals "SetDisplayConfig(...)=0"
+//   }
+//
+// As rude as the documentation allows: a success may leave a dirty last error; sizes and counts are validated; an
+// output buffer is written only as far as the documented contract says.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "sim/Machine.h"
+
+namespace sim {
+
+/// One simulated function. `available` says whether this Windows has it at all (null: always).
+struct Entry {
+  const char* module;    // lower case, "user32.dll"
+  const char* name;
+  void* function;
+  bool (*available)(const Model&) = nullptr;
+};
+
+template <typename Function>
+void* Erase(Function* function) {
+  return reinterpret_cast<void*>(function);
+}
+
+class Call {
+ public:
+  explicit Call(const char* function);
+  bool Fails() const { return fails_; }
+  uint32_t FaultCode() const { return code_; }
+  /// Writes "<function>(<text>)=<result>" to the journal and gives the result back.
+  int64_t Changed(int64_t result, const char* format, ...) __attribute__((format(printf, 3, 4)));
+  /// The same, only while reads are journalled.
+  int64_t Read(int64_t result, const char* format, ...) __attribute__((format(printf, 3, 4)));
+
+ private:
+  const char* function_;
+  bool fails_ = false;
+  uint32_t code_ = 0;
+};
+
+/// The ledger: `kind` is a word such as "device list", `what` the handle's number.
+void LedgerTake(const char* kind, const void* what);
+void LedgerGive(const char* kind, const void* what);  // an unknown handle fails the running test
+
+// The faces, one file each in sim/faces/.
+const std::vector<Entry>& DisplayDevicesFace();    // EnumDisplayDevices*, EnumDisplaySettings*, ChangeDisplaySettings*
+const std::vector<Entry>& DisplayConfigFace();     // QueryDisplayConfig and its fellows
+const std::vector<Entry>& SetupApiFace();          // SetupDi*, CM_Get_DevNode_Status
+const std::vector<Entry>& RegistryFace();          // Reg*, SHGetValueA
+const std::vector<Entry>& SystemFace();            // versions, environment, command line, folders, processes, wave out
+const std::vector<Entry>& LoaderFace();            // LoadLibrary*, GetModuleHandle*, GetProcAddress, FreeLibrary
+const std::vector<Entry>& TimeFace();              // Sleep, timers, tick counts, waits, local and system time
+const std::vector<Entry>& WindowFace();            // dialogs, layered windows, window classes, posts, cursor
+const std::vector<Entry>& GdiFace();               // GDI and GDI+: real work, counted and kept in the ledger
+
+}  // namespace sim

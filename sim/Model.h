@@ -1,0 +1,120 @@
+// The simulated notebook as plain data: what is plugged in, what is active, what Windows would remember. Every face of
+// the simulator (display settings, display configuration, SetupAPI, ...) reads and writes this one model, so that a
+// switch made through one interface is seen through all others. No policy lives here.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace sim {
+
+/// A display mode: pixels, bits per pixel, Hz.
+struct DisplayMode {
+  uint32_t width = 0;
+  uint32_t height = 0;
+  uint32_t bits = 32;
+  uint32_t frequency = 60;
+};
+bool operator==(const DisplayMode& a, const DisplayMode& b);
+
+/// What GetVersionEx and GetProductInfo answer.
+struct WindowsVersion {
+  uint32_t major = 6;
+  uint32_t minor = 1;
+  uint32_t build = 7601;
+  uint8_t product_type = 1;         // 1 workstation, 2 domain controller, 3 server
+  std::optional<uint32_t> product = 48;  // GetProductInfo's value; absent: Kernel32 has no such entry
+  bool HasDisplayConfig() const { return major > 6 || (major == 6 && minor >= 1); }
+};
+
+/// A graphics adapter as SetupAPI and EnumDisplayDevices list it.
+struct Adapter {
+  std::string name;          // "Intel(R) HD Graphics"
+  std::string hardware_id;   // "PCI\\VEN_8086&DEV_0166..."; the vendor digits stand behind the first underscore
+  bool hardware_id_readable = true;
+  bool disabled = false;          // problem 22
+  uint32_t problem = 0;           // another problem number, 0 for none
+  bool root_enumerated = false;   // DN_ROOT_ENUMERATED
+  bool status_readable = true;    // CM_Get_DevNode_Status answers
+  bool mirroring = false;         // a mirroring driver: a display device that is none
+  uint32_t sources = 2;           // how many desktops it can scan out: one \\.\DISPLAYn each
+  uint32_t luid_low = 0;
+  int32_t luid_high = 0;
+};
+
+/// A monitor or panel that hangs on a connector.
+struct Monitor {
+  std::string name;
+  std::vector<uint8_t> edid;         // empty: it has none
+  std::vector<DisplayMode> modes;    // what it accepts, as EnumDisplaySettings lists it
+  DisplayMode preferred;             // its native mode
+};
+
+/// One output of an adapter.
+struct Connector {
+  std::string id;            // the short name used in machine files and texts: "internal", "crt", "hdmi", "hdmi2", ...
+  size_t adapter = 0;        // index into Model::adapters
+  uint32_t technology = 0;   // DISPLAYCONFIG_VIDEO_OUTPUT_TECHNOLOGY as an unsigned number
+  uint32_t target_id = 0;
+  std::optional<Monitor> monitor;  // absent: nothing plugged in
+  bool forced = false;             // DISPLAYCONFIG_TARGET_FORCED_AVAILABILITY_PATH is set on its paths
+};
+
+/// One desktop that an adapter can scan out: a \\.\DISPLAYn.
+struct Source {
+  size_t adapter = 0;
+  uint32_t source_id = 0;
+  std::string device_name;   // "\\\\.\\DISPLAY1"
+  DisplayMode mode;          // meaningful while some active path starts here
+  int32_t x = 0;
+  int32_t y = 0;
+  uint32_t orientation = 0;  // 0, 1, 2, 3: quarter turns
+  std::optional<DisplayMode> registry;  // ENUM_REGISTRY_SETTINGS; absent: none stored
+};
+
+/// An active path: this source is shown on that connector.
+struct Path {
+  size_t source = 0;     // index into Model::sources
+  size_t connector = 0;  // index into Model::connectors
+};
+
+/// An arrangement as Windows stores it per set of connected monitors.
+struct Arrangement {
+  std::vector<Path> paths;
+  std::vector<Source> sources;  // modes and positions that go with the paths
+  uint32_t topology = 0;        // 1 internal, 2 clone, 4 extend, 8 external, 0 none of these
+};
+
+/// A process in the snapshot.
+struct Process {
+  uint32_t id = 0;
+  std::string executable;
+};
+
+struct Model {
+  WindowsVersion windows;
+  std::vector<Adapter> adapters;
+  std::vector<Connector> connectors;
+  std::vector<Source> sources;
+  std::vector<Path> active;    // the topology now
+  size_t primary_source = 0;
+  /// The display database: the last saved arrangement for each set of connector ids with a monitor.
+  std::map<std::set<std::string>, Arrangement> database;
+  /// Registry values asked for: full key path ("HKLM\\HARDWARE\\...") to value name to REG_SZ text or DWORD text.
+  std::map<std::string, std::map<std::string, std::string>> registry;
+  std::vector<Process> processes;
+  uint32_t wave_out_devices = 1;
+};
+
+/// The current topology in one line, for transcripts and tests:
+/// "single internal", "clone internal+crt", "extend internal+crt", "none".
+std::string DescribeTopology(const Model& model);
+
+/// Connector ids that have a monitor and whose adapter works, in model order.
+std::vector<std::string> ConnectedIds(const Model& model);
+
+}  // namespace sim

@@ -1,0 +1,116 @@
+// The display-control contract that every back-end implements: display flags, mode values, vendor ids and the
+// seventeen operations in their fixed order.
+#pragma once
+
+#include <cstdint>
+
+#include "Common/Win.h"
+
+/// Vendor ids that GetVgaVendor reports: PCI vendor ids, and pseudo-ids for objects that use no vendor's library.
+constexpr uint32_t kVendorUnknown = 0;
+constexpr uint32_t kVendorAmd = 0x1002;
+constexpr uint32_t kVendorSis = 0x1039;
+constexpr uint32_t kVendorNvidia = 0x10DE;
+constexpr uint32_t kVendorVia = 0x1106;
+constexpr uint32_t kVendorIntel = 0x8086;
+constexpr uint32_t kVendorWin7CCD = 0x045E;
+constexpr uint32_t kVendorHybrid = 0xFFFF;
+
+/// Controls the displays of the machine. Truth values are 32-bit, non-zero is success; no operation is reentrant and
+/// all run on the host's thread. Masks are sets of MD_* bits; "one bit" means exactly one of them.
+class IMMonitor {
+ public:
+  /// Display flags, one bit a kind of output.
+  enum Display : uint32_t {
+    MD_NB = 0x01,    // the notebook's built-in panel
+    MD_CRT = 0x02,   // analogue VGA
+    MD_TV = 0x04,    // S-Video, composite or component television
+    MD_DVI = 0x08,   // DVI
+    MD_HDMI = 0x10,  // HDMI
+    MD_DP = 0x20,    // DisplayPort
+  };
+
+  /// Display modes; exported numbers differ (see ostrel.h).
+  enum Mode : uint32_t {
+    DM_SINGLE = 1,           // one display active
+    DM_CLONE = 2,            // two displays show the same desktop
+    DM_EXTEND = 4,           // extended desktop
+    DM_HSPAN = 8,            // horizontal span
+    DM_VSPAN = 16,           // vertical span
+    DM_ADVANCED_P1 = 128,    // the displays of both adapters side by side
+    DM_ADVANCED_P2 = 256,    // a cloned pair on one adapter, a further display of the other to its right
+    DM_TRIPLE_EXTEND = 512,  // three displays extended on one adapter
+    DM_TRIPLE_CLONE = 1024,  // three displays cloned on one adapter
+  };
+
+  /// Binds the vendor's library and reads what the other operations need. May be called again on a ready object.
+  /// @return 0 on failure; the caller then destroys the object
+  virtual BOOL Initial() = 0;
+
+  /// Releases the library. Deleting through IMMonitor is the normal way to end an object.
+  virtual ~IMMonitor() = default;
+
+  /// Reports every display physically attached, active or not.
+  /// @param displays       out; mask of MD_* bits; never null; the caller clears it before the call
+  /// @param display_count  out; number of displays, which may exceed the bits in `displays`; cleared by the caller
+  /// @return 0 when the driver cannot be asked; the outputs are then unspecified
+  /// @note host thread, after Initial; call DetectDisplays first when the host asks
+  virtual BOOL GetConnectedDisplays(uint32_t* displays, uint32_t* display_count) = 0;
+
+  /// Reports the displays that now show a desktop. Arguments and result as GetConnectedDisplays.
+  virtual BOOL GetActiveDisplays(uint32_t* displays, uint32_t* display_count) = 0;
+
+  /// Reports the current mode and the mask of active displays.
+  /// @param mode      out; one DM_* value, 0 when the driver's answer has no name here
+  /// @param displays  out; mask of the active displays
+  /// @return 0 when the driver cannot be asked
+  virtual BOOL GetCurrentDisplayMode(uint32_t* mode, uint32_t* displays) = 0;
+
+  /// Switches to `mode` (a DM_* value) on the displays of the mask.
+  /// @return 0 when the driver refused; what is then active is whatever the driver left
+  virtual BOOL SetNewDisplayMode(uint32_t mode, uint32_t displays) = 0;
+
+  /// Asks the driver to detect attached displays again; called right before the connected or active displays are read
+  /// on behalf of the host.
+  virtual void DetectDisplays() = 0;
+
+  /// Walks the mode lists of the first two display devices, for the effect on the driver's mode cache.
+  virtual void PreloadDisplayModes() = 0;
+
+  /// @return 1 while more than one desktop-attached, non-mirroring device exists
+  virtual BOOL IsExtendModeEnabled() = 0;
+
+  /// Turns extended desktop on for the named secondary displays (a mask without MD_NB), or off.
+  virtual BOOL EnableExtendModeOnDisplays(BOOL enable, uint32_t displays) = 0;
+
+  /// Turns extended desktop on or off and chooses the secondary display itself.
+  virtual BOOL EnableExtendMode(BOOL enable) = 0;
+
+  /// Switches to the notebook's panel alone.
+  virtual BOOL ChangeToNBOnlySingleDisplayMode() = 0;
+
+  /// @return non-zero when the machine can drive two displays at once
+  virtual BOOL HasDualOutputCapability() = 0;
+
+  /// @return non-zero when the driver permits switching at all
+  virtual BOOL HasDisplaySwitchingCapability() = 0;
+
+  /// @return non-zero when the session must re-apply remembered resolutions after a switch
+  virtual BOOL ShouldResetDisplaySettingAfterSwtich() = 0;
+
+  /// @return a PCI vendor id or one of the pseudo-ids above; 0 when unknown
+  virtual uint32_t GetVgaVendor() = 0;
+
+  /// Fills `dm` with the current settings of one display.
+  /// @param imm_display  exactly one MD_* bit
+  /// @param dm           caller's record, dmSize 156 and dmFields 0x5C0080 on entry; pixels, bits per pixel, Hz
+  /// @return false when the settings cannot be had; `dm` is then unspecified
+  virtual bool GetDisplaySettings(uint32_t imm_display, DEVMODEA* dm) = 0;
+};
+
+/// Counts the set bits of a display mask.
+constexpr uint32_t CountBits(uint32_t mask) {
+  uint32_t count = 0;
+  for (; mask != 0; mask &= mask - 1) ++count;
+  return count;
+}

@@ -1,0 +1,7 @@
+#include "tests/whitebox/FoundationBox.h"
+
+namespace {
+const FoundationBox kBox = {};
+}
+
+const FoundationBox* GetFoundationBox() { return &kBox; }

@@ -1,0 +1,7 @@
+#include "tests/whitebox/SessionBox.h"
+
+namespace {
+const SessionBox kBox = {};
+}
+
+const SessionBox* GetSessionBox() { return &kBox; }

@@ -1,0 +1,5 @@
+#pragma once
+
+struct SessionBox {};
+
+const SessionBox* GetSessionBox();

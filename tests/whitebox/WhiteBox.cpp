@@ -1,0 +1,6 @@
+#include "tests/whitebox/WhiteBox.h"
+
+extern "C" __declspec(dllexport) const WhiteBox* Ostrel_WhiteBox() {
+  static const WhiteBox box = {GetFoundationBox(), GetCoreBox(), GetFactoryBox(), GetSessionBox()};
+  return &box;
+}

@@ -1,0 +1,18 @@
+// What the white-box build of the library (the same objects, one export more) hands to the tests: tables of pointers to
+// inner functions and makers of inner objects, one table a layer. Only that build links tests/whitebox/*.cpp.
+#pragma once
+
+#include "tests/whitebox/CoreBox.h"
+#include "tests/whitebox/FactoryBox.h"
+#include "tests/whitebox/FoundationBox.h"
+#include "tests/whitebox/SessionBox.h"
+
+struct WhiteBox {
+  const FoundationBox* foundation;
+  const CoreBox* core;
+  const FactoryBox* factory;
+  const SessionBox* session;
+};
+
+/// The white-box build's one export more, "Ostrel_WhiteBox".
+using WhiteBoxExport = const WhiteBox* (*)();
