@@ -13,6 +13,8 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
+#include <string>
 #include <vector>
 
 #include "sim/Machine.h"
@@ -32,6 +34,32 @@ void* Erase(Function* function) {
   return reinterpret_cast<void*>(function);
 }
 
+/// The same for a function that might throw: an exception of the simulator must not run through frames of the DLL, so it
+/// fails the running test and the function answers 0.  Guard<FakeSleep>() instead of Erase(FakeSleep).
+void ReportException(const char* text) noexcept;
+
+template <auto kFunction>
+struct Guarded;
+
+template <typename Result, typename... Arguments, Result (*kFunction)(Arguments...)>
+struct Guarded<kFunction> {
+  static Result Run(Arguments... arguments) noexcept {
+    try {
+      return kFunction(arguments...);
+    } catch (const std::exception& error) {
+      ReportException(error.what());
+    } catch (...) {
+      ReportException("an exception of unknown type");
+    }
+    return Result();
+  }
+};
+
+template <auto kFunction>
+void* Guard() {
+  return Erase(&Guarded<kFunction>::Run);
+}
+
 class Call {
  public:
   explicit Call(const char* function);
@@ -48,6 +76,9 @@ class Call {
   uint32_t code_ = 0;
 };
 
+/// A line for the journal as it stands: "PostMessageA(id=1025 wparam=1 lparam=0)".
+void JournalLine(const std::string& line);
+
 /// The ledger: `kind` is a word such as "device list", `what` the handle's number.
 void LedgerTake(const char* kind, const void* what);
 void LedgerGive(const char* kind, const void* what);  // an unknown handle fails the running test
@@ -62,5 +93,6 @@ const std::vector<Entry>& LoaderFace();            // LoadLibrary*, GetModuleHan
 const std::vector<Entry>& TimeFace();              // Sleep, timers, tick counts, waits, local and system time
 const std::vector<Entry>& WindowFace();            // dialogs, layered windows, window classes, posts, cursor
 const std::vector<Entry>& GdiFace();               // GDI and GDI+: real work, counted and kept in the ledger
+const std::vector<Entry>& HandleFace();            // CloseHandle and what makes kernel handles: real, in the ledger
 
 }  // namespace sim

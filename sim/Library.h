@@ -22,6 +22,7 @@ class Library {
   Library& operator=(const Library&) = delete;
 
   void Unload();
+  HMODULE module() const;  // the loaded DLL, for a host that binds the exports itself
   void ForgiveLeaks();
   const WhiteBox& white_box() const;  // Build::kWhiteBox only
 

@@ -28,6 +28,15 @@ struct Picture {
   std::vector<uint32_t> pixels;
 };
 
+/// One picture file drawn into the pop-up, in drawing order: what a person would see, told by file.
+struct Drawn {
+  std::string file;  // below the pictures' folder, "NB.png"; "" for an image that could not be read
+  int32_t x = 0;
+  int32_t y = 0;
+  int32_t width = 0;
+  int32_t height = 0;
+};
+
 /// A message that the library posted to its host.
 struct Notification {
   HWND receiver;
@@ -76,8 +85,11 @@ class Machine {
   enum class Repeat { kOnce, kFromThenOn };
   void Fail(const std::string& function, uint32_t nth, uint32_t code = 0, Repeat repeat = Repeat::kOnce);
   void ClearFaults();
+  uint32_t FaultsGiven() const;  // calls made to fail so far; a fault sweep ends when a run had none
 
-  // --- Journal: calls that change or validate the machine, one line each. Reads on request.
+  // --- Journal: calls that change or validate the machine, one line each, "SetDisplayConfig(paths=0 flags=0x42)=31".
+  // A notification is a line too, so that its place relative to the change shows: "PostMessageA(id=1025 wparam=1
+  // lparam=0)". Reads on request; Sleep, SetTimer, KillTimer and the loader's calls count as reads.
   std::string TakeJournal();          // and empties it
   const std::string& Journal() const;
   void JournalReads(bool on);
@@ -90,12 +102,15 @@ class Machine {
   void UseRealTime();
   void Advance(uint32_t milliseconds);  // moves the clock and fires due timers in order
   uint64_t Now() const;                 // milliseconds since the machine was made
+  void SetCalendar(const SYSTEMTIME& utc_now, int32_t bias_minutes);  // local time is UTC plus the bias
   struct Timer { HWND window; UINT_PTR id; uint32_t period; uint64_t due; TIMERPROC procedure; };
   std::vector<Timer> ArmedTimers() const;
 
   // --- The pop-up and its host.
   HWND Popup() const;                        // the dialog last created and not destroyed; null when none
   const Picture& PopupPicture() const;       // last UpdateLayeredWindow
+  const std::vector<Drawn>& PopupDrawing() const;  // what went into that picture, file by file
+  void UsePictures(const std::wstring& folder);    // a folder with NB.png ...: copied to HostFolder()\\OstrelRes
   void PressKey(uint32_t virtual_key);       // WM_KEYDOWN to the pop-up
   void MoveMouse(int x, int y);              // WM_MOUSEMOVE to the pop-up, client coordinates
   void Click(int x, int y);                  // WM_LBUTTONDOWN
@@ -110,10 +125,20 @@ class Machine {
 
   struct State;
   State& state();                            // for the faces only
+  const State& state() const;
 
  private:
   explicit Machine(std::unique_ptr<State> state);
+  void SendToPopup(UINT message, WPARAM wparam, LPARAM lparam);
+
   std::unique_ptr<State> state_;
+  Machine* previous_;  // current again when this one is gone
 };
+
+/// Machine, journal, what is outstanding, and log: what a failing test prints.
+std::string ReportOf(const Machine& machine);
+/// The report of the machine that was destroyed last.
+const std::string& LastReport();
+Machine* CurrentOrNull();
 
 }  // namespace sim

@@ -28,6 +28,7 @@ struct WindowsVersion {
   uint32_t build = 7601;
   uint8_t product_type = 1;         // 1 workstation, 2 domain controller, 3 server
   std::optional<uint32_t> product = 48;  // GetProductInfo's value; absent: Kernel32 has no such entry
+  std::string service_pack;         // "Service Pack 1"
   bool HasDisplayConfig() const { return major > 6 || (major == 6 && minor >= 1); }
 };
 
@@ -41,6 +42,8 @@ struct Adapter {
   bool root_enumerated = false;   // DN_ROOT_ENUMERATED
   bool status_readable = true;    // CM_Get_DevNode_Status answers
   bool mirroring = false;         // a mirroring driver: a display device that is none
+  bool enumerated = true;         // SetupAPI lists it among the present devices
+  uint32_t heads = 0;             // how many connectors it can drive at a time; 0: as many as sources
   uint32_t sources = 2;           // how many desktops it can scan out: one \\.\DISPLAYn each
   uint32_t luid_low = 0;
   int32_t luid_high = 0;
@@ -64,6 +67,16 @@ struct Connector {
   bool forced = false;             // DISPLAYCONFIG_TARGET_FORCED_AVAILABILITY_PATH is set on its paths
 };
 
+/// What CDS_NORESET stored for a display device and the next commit takes up.
+struct Staged {
+  bool attached = true;
+  bool primary = false;
+  DisplayMode mode;
+  int32_t x = 0;
+  int32_t y = 0;
+  uint32_t orientation = 0;
+};
+
 /// One desktop that an adapter can scan out: a \\.\DISPLAYn.
 struct Source {
   size_t adapter = 0;
@@ -74,6 +87,7 @@ struct Source {
   int32_t y = 0;
   uint32_t orientation = 0;  // 0, 1, 2, 3: quarter turns
   std::optional<DisplayMode> registry;  // ENUM_REGISTRY_SETTINGS; absent: none stored
+  std::optional<Staged> staged;         // waits for ChangeDisplaySettingsEx(NULL, NULL, ...)
 };
 
 /// An active path: this source is shown on that connector.
@@ -85,7 +99,7 @@ struct Path {
 /// An arrangement as Windows stores it per set of connected monitors.
 struct Arrangement {
   std::vector<Path> paths;
-  std::vector<Source> sources;  // modes and positions that go with the paths
+  std::vector<Source> sources;  // as Model::sources: modes and positions that go with the paths
   uint32_t topology = 0;        // 1 internal, 2 clone, 4 extend, 8 external, 0 none of these
 };
 
@@ -104,14 +118,19 @@ struct Model {
   size_t primary_source = 0;
   /// The display database: the last saved arrangement for each set of connector ids with a monitor.
   std::map<std::set<std::string>, Arrangement> database;
-  /// Registry values asked for: full key path ("HKLM\\HARDWARE\\...") to value name to REG_SZ text or DWORD text.
+  /// Behind it, every topology that was ever saved for such a set, the most recent one last; one per kind of topology.
+  std::map<std::set<std::string>, std::vector<Arrangement>> remembered;
+  /// Registry values asked for: full key path ("HKLM\\HARDWARE\\...") to value name to data. Data is "dword:12" or
+  /// "dword:0x0c" for REG_DWORD, "hex:0aff" for REG_BINARY, anything else REG_SZ.
   std::map<std::string, std::map<std::string, std::string>> registry;
   std::vector<Process> processes;
   uint32_t wave_out_devices = 1;
+  /// Keys that whoever starts the machine writes into Ostrel.cfg: section to key to value.
+  std::map<std::string, std::map<std::string, std::string>> config;
 };
 
-/// The current topology in one line, for transcripts and tests:
-/// "single internal", "clone internal+crt", "extend internal+crt", "none".
+/// The current topology in one line, for transcripts and tests, connectors in model order:
+/// "single internal", "clone internal+crt", "extend internal+crt", "extend (internal+crt)+hdmi", "none".
 std::string DescribeTopology(const Model& model);
 
 /// Connector ids that have a monitor and whose adapter works, in model order.

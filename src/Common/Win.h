@@ -1,4 +1,5 @@
-// The one door through which <windows.h> enters the project, so that every file sees it with the same switches.
+// The one door through which <windows.h> enters the project, so that every file sees it with the
+// same switches.
 #pragma once
 
 #ifndef NOMINMAX
@@ -10,5 +11,6 @@
 
 #include <windows.h>
 
-// Left out by WIN32_LEAN_AND_MEAN; the side interfaces of the display-control layer count references like COM objects.
+// Left out by WIN32_LEAN_AND_MEAN; the side interfaces of the display-control layer count
+// references like COM objects.
 #include <unknwn.h>

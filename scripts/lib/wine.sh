@@ -1,0 +1,37 @@
+# Wine with a prefix below build/, one server for the whole script.
+# shellcheck shell=bash
+
+_find_wine() {
+  command -v wine64 || { [[ -x /usr/lib/wine/wine64 ]] && echo /usr/lib/wine/wine64; }
+}
+
+# start_wine NAME: the prefix build/wine-NAME. Needs DISPLAY.
+start_wine() {
+  WINE=$(_find_wine) || die "there is no 64-bit Wine"
+  export WINEPREFIX=$BUILD/wine-$1 WINEDEBUG=-all WINEARCH=win64
+  # No downloads of Mono and Gecko, and no menu entries in the user's home.
+  export WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe="
+  export HOME=$BUILD/home
+  mkdir -p "$HOME"
+  _wine_server -p
+  at_exit stop_wine
+  if [[ ! -e $WINEPREFIX/ready ]]; then
+    timeout 300 "$WINE" wineboot -i >"$BUILD/wineboot.log" 2>&1 || die "Wine could not make $WINEPREFIX"
+    touch "$WINEPREFIX/ready"
+  fi
+}
+
+_wine_server() {
+  local server
+  server=$(command -v wineserver || echo /usr/lib/wine/wineserver64)
+  WINEPREFIX=$WINEPREFIX "$server" "$@"
+}
+
+stop_wine() {
+  _wine_server -k 2>/dev/null
+  timeout 20 wineserver -w 2>/dev/null
+  return 0
+}
+
+# windows_path PATH: as a program under Wine names it.
+windows_path() { printf 'Z:%s' "${1//\//\\}"; }

@@ -1,0 +1,53 @@
+#include "sim/Ledger.h"
+
+#include <cinttypes>
+#include <cstdio>
+
+namespace sim {
+
+void Ledger::Take(const std::string& kind, uint64_t what) {
+  Lock lock(mutex_);
+  ++held_[{kind, what}];
+}
+
+bool Ledger::Give(const std::string& kind, uint64_t what) {
+  Lock lock(mutex_);
+  const auto entry = held_.find({kind, what});
+  if (entry == held_.end()) return false;
+  if (--entry->second == 0) held_.erase(entry);
+  return true;
+}
+
+bool Ledger::Holds(const std::string& kind, uint64_t what) const {
+  Lock lock(mutex_);
+  return held_.count({kind, what}) != 0;
+}
+
+uint32_t Ledger::Count(const std::string& kind) const {
+  Lock lock(mutex_);
+  uint32_t count = 0;
+  for (const auto& [key, times] : held_) {
+    if (key.first == kind) count += times;
+  }
+  return count;
+}
+
+void Ledger::Clear() {
+  Lock lock(mutex_);
+  held_.clear();
+}
+
+std::string Ledger::Outstanding() const {
+  Lock lock(mutex_);
+  std::string text;
+  for (const auto& [key, times] : held_) {
+    char number[64];
+    std::snprintf(number, sizeof(number), " 0x%" PRIx64, key.second);
+    text += key.first + number;
+    if (times > 1) text += " (" + std::to_string(times) + " times)";
+    text += '\n';
+  }
+  return text;
+}
+
+}  // namespace sim

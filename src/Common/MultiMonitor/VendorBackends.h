@@ -1,0 +1,52 @@
+// Where the graphics vendors' back-ends join the factory: one narrow function for each thing that
+// the factory asks of them. A back-end that does not exist yet answers as an object that is absent:
+// null, or no.
+//
+// New objects belong to the caller and are not initialised. Constructors may throw.
+#pragma once
+
+#include <cstdint>
+
+#include "Common/MultiMonitor/IMMonitor.h"
+
+class Win7CCD;
+
+IMMonitor* NewIntelMMImpl();
+IMMonitor* NewADLImpl();
+IMMonitor* NewAtiMMImpl();
+IMMonitor* NewSisMMImpl();
+IMMonitor* NewViaMMImpl();
+IMMonitor* NewNvidiaMMImpl();
+IMMonitor* NewNvidiaMMImplV2();
+IMMonitor* NewNvidiaMMImplV3();              // over a new Win7CCDApi
+IMMonitor* NewNvidiaMMImplV3CrossAdapter();  // over a new Win7CCDApi, its cross-adapter mark set
+Win7CCD* NewDisplayLinkWorkaroundImpl();
+
+/// Arbitrates two adapters. Takes ownership of both objects, also when it gives null.
+IMMonitor* NewHybridController(IMMonitor* first, IMMonitor* cross_adapter);
+
+/// `monitor` itself when it is an NvidiaMMImplV3, otherwise null.
+IMMonitor* AsNvidiaMMImplV3(IMMonitor* monitor);
+
+/// Whether the Intel object's adapter owns the HDMI connector. A null object owns none.
+bool CanControlHDMIMonitor(IMMonitor* intel);
+
+/// Whether the NVIDIA object's adapter can drive an external display beside the panel on its own.
+bool CouldManageMultipleDisplay(IMMonitor* nv);
+
+/// Asks the NVIDIA driver which adapter leads on a machine with two.
+/// @param value  in and out; 1 and 3 mean NVIDIA
+/// @return false when the driver cannot be asked; `value` is then as it was
+bool QueryNvidiaAdapterMode(IMMonitor* nv, uint32_t* value);
+
+/// Whether the AMD Display Library is there and new enough.
+bool AdlLibraryQualifies();
+
+/// Whether the DisplayLink service exists; its running state is not asked.
+bool IsDisplayLinkServicePresent();
+
+/// Connects the library to the DisplayLink add-on host, letting go of an earlier connection.
+void ConnectDisplayLinkHost();
+
+/// Ends that connection; nothing without one.
+void DisconnectDisplayLinkHost();
