@@ -5,32 +5,13 @@
 #include <stdexcept>
 #include <string>
 
-#include "sim/FaceTable.h"
 #include "sim/Failure.h"
+#include "sim/ImportRules.h"
 #include "sim/MachineState.h"
 #include "sim/Patcher.h"
-#include "sim/RealImports.h"
 
 namespace sim {
 namespace {
-
-constexpr char kUnlistedImport[] = "an import that nobody listed was called: ";
-
-// Default deny: simulated, listed as real, or a trap.
-void* Resolve(const Import& import, void* real) {
-  const Entry* entry = FindEntry(import.module, import.name);
-  if (entry == nullptr && !IsRealImport(import.module, import.name)) {
-    entry = FindEntryByName(import.name);
-  }
-  const std::string full_name = import.module + "!" + import.name;
-  if (entry == nullptr) {
-    return IsRealImport(import.module, import.name) ? real : MakeTrap(kUnlistedImport + full_name);
-  }
-  if (!IsAvailable(*entry)) {
-    throw std::runtime_error("this Windows has no " + full_name + ": the DLL would not load");
-  }
-  return entry->function;
-}
 
 std::wstring FolderOfThisProgram() {
   wchar_t path[1024] = {};
@@ -168,7 +149,7 @@ Library::Library(Machine& machine, Build build) : implementation_(nullptr) {
   if (&Machine::Current() != &machine) throw std::runtime_error("this machine is not the current one");
   auto implementation = std::make_unique<Implementation>();
   implementation->machine = &machine;
-  implementation->module = LoadPatched(PathOf(build), Resolve);
+  implementation->module = LoadPatched(PathOf(build), ResolveImport);
   try {
     implementation->BindAll();
     if (build == Build::kWhiteBox) {

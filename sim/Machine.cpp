@@ -138,7 +138,7 @@ std::string ReportOf(const Machine& machine) {
   return text + "--- log\n" + machine.Log() + "---\n";
 }
 
-const std::string& LastReport() { return g_last_report; }
+std::string TakeLastReport() { return std::exchange(g_last_report, std::string()); }
 Machine* CurrentOrNull() { return g_current; }
 
 Machine::Machine(const std::string& text) : Machine(NewState(ParseShortForm(text))) {}

@@ -137,8 +137,8 @@ class Machine {
 
 /// Machine, journal, what is outstanding, and log: what a failing test prints.
 std::string ReportOf(const Machine& machine);
-/// The report of the machine that was destroyed last.
-const std::string& LastReport();
+/// The report of the machine that was destroyed last, once; "" when there was none since.
+std::string TakeLastReport();
 Machine* CurrentOrNull();
 
 }  // namespace sim

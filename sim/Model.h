@@ -65,6 +65,7 @@ struct Connector {
   uint32_t target_id = 0;
   std::optional<Monitor> monitor;  // absent: nothing plugged in
   bool forced = false;             // DISPLAYCONFIG_TARGET_FORCED_AVAILABILITY_PATH is set on its paths
+  bool boot_persistent = false;    // DISPLAYCONFIG_TARGET_FORCED_AVAILABILITY_BOOT: told to stay from boot to boot
 };
 
 /// What CDS_NORESET stored for a display device and the next commit takes up.

@@ -2,11 +2,11 @@
 // is never a display device. Nothing is kept: every call asks Windows.
 #pragma once
 
+#include "Common/Win.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "Common/Win.h"
 
 /// Reads entry `index` of Windows' list of display devices, record cleared first.
 /// @return false behind the end of the list

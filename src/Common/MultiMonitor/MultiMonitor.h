@@ -2,11 +2,11 @@
 // Windows calls.
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "Common/MultiMonitor/IDisplayExtension.h"
 #include "Common/MultiMonitor/IMMonitor.h"
+
+#include <cstdint>
+#include <string>
 
 /// Initial and the four operations that only a vendor can answer stay abstract. The order of the
 /// virtual operations is fixed.

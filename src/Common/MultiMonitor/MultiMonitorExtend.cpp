@@ -1,14 +1,14 @@
 // Extended desktop on and off through ChangeDisplaySettingsEx. Settings are stored device by device
 // under CDS_NORESET, and one commit at the end puts them all into effect.
-#include <algorithm>
-#include <string>
-#include <vector>
-
 #include "Common/Config.h"
 #include "Common/Logging.h"
 #include "Common/MultiMonitor/DisplayDevices.h"
 #include "Common/MultiMonitor/HelperFunctions.h"
 #include "Common/MultiMonitor/MultiMonitor.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
 
 namespace {
 

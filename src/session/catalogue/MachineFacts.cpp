@@ -68,9 +68,9 @@ bool ProbeNvidiaDiscreteOnly() {
   return nvidia != nullptr && nvidia->IsDiscreteOnly();
 }
 
-/// True when the active vendor's own object answers, sees displays and is bound to one adapter.
-bool SeesDisplaysOnOneAdapter() {
-  const std::unique_ptr<IMMonitor> object(CreateIMMonitorForActiveVendor());
+/// True when the object that `create` makes answers, sees displays and is bound to one adapter.
+bool SeesDisplaysOnOneAdapter(IMMonitor* (*create)()) {
+  const std::unique_ptr<IMMonitor> object(create());
   if (object == nullptr || object->Initial() == 0) return false;
   if (object->GetVgaVendor() == kVendorNvidia) {
     auto* const nvidia = dynamic_cast<IDisplayExtensionNvidia*>(object.get());
@@ -110,16 +110,20 @@ bool IsNvidiaDiscreteOnly() {
   return g_nvidiaDiscreteOnly != 0;
 }
 
-bool CanCloneOnDiscreteOutputs() {
+bool CanCloneOnDiscreteOutputs(IMMonitor* (*create)()) {
   // Deliberate: kept for the process; everything but displays seen on one adapter, exceptions too,
   // leaves it true.
   if (g_cloneOnDiscreteOutputs == kNotAsked) {
     g_cloneOnDiscreteOutputs = 1;
     try {
-      if (SeesDisplaysOnOneAdapter()) g_cloneOnDiscreteOutputs = 0;
+      if (SeesDisplaysOnOneAdapter(create)) g_cloneOnDiscreteOutputs = 0;
     } catch (...) {
       VLOG(1) << "The active vendor's object could not be asked for its displays";
     }
   }
   return g_cloneOnDiscreteOutputs != 0;
+}
+
+bool CanCloneOnDiscreteOutputs() {
+  return CanCloneOnDiscreteOutputs(&CreateIMMonitorForActiveVendor);
 }

@@ -3,6 +3,8 @@
 // only.
 #pragma once
 
+class IMMonitor;
+
 /// True when the adapter can drive three displays together.
 bool TripleDisplaySupported();
 
@@ -12,3 +14,7 @@ bool IsNvidiaDiscreteOnly();
 /// False when the active vendor's own object sees displays and cannot place them across two
 /// adapters: the panel and an HDMI or DVI output cannot then be cloned.
 bool CanCloneOnDiscreteOutputs();
+
+/// The question behind CanCloneOnDiscreteOutputs, asked once of a new object that `create` makes;
+/// the answer is kept.
+bool CanCloneOnDiscreteOutputs(IMMonitor* (*create)());

@@ -1,8 +1,5 @@
 #include "session/catalogue/RememberedSettings.h"
 
-#include <cstdio>
-#include <cstdlib>
-
 #include "Common/Win.h"
 #include "session/DMSwitch.h"
 
@@ -16,10 +13,11 @@ std::string& PathStorage() {
   return path;
 }
 
+/// Numbers stand in the file in decimal, as the signed number that the run-time library makes of
+/// them.
 void WriteNumber(const char* section, const char* key, uint32_t value) {
-  char text[16] = {};
-  _itoa_s(static_cast<int>(value), text, sizeof(text), 10);
-  WritePrivateProfileStringA(section, key, text, SettingsPath().c_str());
+  const std::string text = std::to_string(static_cast<int32_t>(value));
+  WritePrivateProfileStringA(section, key, text.c_str(), SettingsPath().c_str());
 }
 
 }  // namespace
@@ -41,10 +39,8 @@ void GetMonitorSignature(std::string* signature) {
 }
 
 std::string MakeSettingsSection(uint32_t mode, uint32_t displays, const std::string& signature) {
-  char numbers[32] = {};
-  snprintf(numbers, sizeof(numbers), "%d,%d | ", static_cast<int>(mode),
-           static_cast<int>(displays));
-  return numbers + signature;
+  return std::to_string(static_cast<int32_t>(mode)) + "," +
+         std::to_string(static_cast<int32_t>(displays)) + " | " + signature;
 }
 
 SettingsKey MakeSettingsKeyForDisplays(uint32_t mode, uint32_t displays) {

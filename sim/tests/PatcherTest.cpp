@@ -1,0 +1,109 @@
+#include "sim/Patcher.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <vector>
+
+#include "sim/Failure.h"
+#include "sim/Machine.h"
+#include "sim/tests/SampleLibrary.h"
+
+namespace sim {
+namespace {
+
+std::vector<std::string> g_failures;
+void KeepFailure(const std::string& text) { g_failures.push_back(text); }
+
+// Catches what would fail the test.
+class Failures {
+ public:
+  Failures() : before_(SetFailureSink(KeepFailure)) { g_failures.clear(); }
+  ~Failures() { SetFailureSink(before_); }
+  const std::vector<std::string>& list() const { return g_failures; }
+
+ private:
+  FailureSink before_;
+};
+
+void* KeepReal(const Import&, void* real) { return real; }
+
+TEST(Patcher, DllMainMeetsSimulatedFunctions) {
+  Machine machine(kSampleMachine);
+  SampleLibrary sample;
+  // The virtual tick count at the machine's time 0, which no real machine shows.
+  EXPECT_EQ(sample.TicksAtLoad(), 600000u);
+}
+
+TEST(Patcher, UnlistedImportIsATrapThatNamesIt) {
+  Machine machine(kSampleMachine);
+  SampleLibrary sample;
+  Failures failures;
+  EXPECT_EQ(sample.CallUnlisted(), FALSE);
+  ASSERT_EQ(failures.list().size(), 1u);
+  EXPECT_EQ(failures.list()[0],
+            "an import that nobody listed was called: kernel32.dll!SetComputerNameA");
+}
+
+TEST(Patcher, OnlyTheLoadedDllIsPatched) {
+  Machine machine(kSampleMachine);
+  SampleLibrary sample;
+  EXPECT_NE(GetTickCount64(), 600000u);  // this program's own import
+  sample.Sleep(123456);
+  EXPECT_EQ(machine.Now(), 123456u);
+}
+
+TEST(Patcher, UnloadAndLoadGiveFreshState) {
+  Machine machine(kSampleMachine);
+  {
+    SampleLibrary sample;
+    EXPECT_EQ(sample.Count(), 1u);
+    EXPECT_EQ(sample.Count(), 2u);
+  }
+  SampleLibrary sample;
+  EXPECT_EQ(sample.Count(), 1u);
+}
+
+TEST(Patcher, RunTimeOfTheDllWorksUnderThePatches) {
+  Machine machine(kSampleMachine);
+  SampleLibrary sample;
+  EXPECT_EQ(sample.UseRunTime(), 3u + 20u);
+}
+
+TEST(Patcher, SecondLoadIsRefused) {
+  Machine machine(kSampleMachine);
+  SampleLibrary sample;
+  EXPECT_THROW(LoadPatched(SampleLibrary::Path(), KeepReal), std::runtime_error);
+}
+
+TEST(Patcher, MissingFileIsRefused) {
+  EXPECT_THROW(LoadPatched(L"C:\\no\\such.dll", KeepReal), std::runtime_error);
+}
+
+TEST(Patcher, ListsImportsByModuleAndName) {
+  Machine machine(kSampleMachine);
+  SampleLibrary sample;
+  const std::vector<Import> imports = ListImports(sample.module());
+  const auto is_set_timer = [](const Import& import) {
+    return import.module == "user32.dll" && import.name == "SetTimer";
+  };
+  EXPECT_EQ(std::count_if(imports.begin(), imports.end(), is_set_timer), 1);
+}
+
+TEST(Patcher, TrapsOfOneTextAreOneTrap) {
+  EXPECT_EQ(MakeTrap("a!b"), MakeTrap("a!b"));
+  EXPECT_NE(MakeTrap("a!b"), MakeTrap("a!c"));
+}
+
+TEST(Patcher, TrapAnswersZeroWhateverItsArguments) {
+  Failures failures;
+  using Function = uint64_t (*)(uint64_t, double, const char*, uint64_t, uint64_t, uint64_t);
+  const auto trap = reinterpret_cast<Function>(MakeTrap("some!Function"));
+  EXPECT_EQ(trap(1, 2.0, "three", 4, 5, 6), 0u);
+  ASSERT_EQ(failures.list().size(), 1u);
+  EXPECT_EQ(failures.list()[0], "some!Function");
+}
+
+}  // namespace
+}  // namespace sim
