@@ -94,5 +94,6 @@ const std::vector<Entry>& TimeFace();              // Sleep, timers, tick counts
 const std::vector<Entry>& WindowFace();            // dialogs, layered windows, window classes, posts, cursor
 const std::vector<Entry>& GdiFace();               // GDI and GDI+: real work, counted and kept in the ledger
 const std::vector<Entry>& HandleFace();            // CloseHandle and what makes kernel handles: real, in the ledger
+const std::vector<Entry>& ComFace();               // COM classes that only the model has
 
 }  // namespace sim

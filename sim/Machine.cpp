@@ -8,8 +8,9 @@
 
 #include "sim/FaceTable.h"
 #include "sim/Failure.h"
-#include "sim/MachineParsers.h"
+#include "sim/MachineFile.h"
 #include "sim/MachineState.h"
+#include "sim/ShortForm.h"
 #include "sim/Topology.h"
 
 namespace sim {
@@ -144,7 +145,11 @@ Machine* CurrentOrNull() { return g_current; }
 Machine::Machine(const std::string& text) : Machine(NewState(ParseShortForm(text))) {}
 
 Machine::Machine(std::unique_ptr<State> state)
-    : state_(std::move(state)), previous_(std::exchange(g_current, this)) {}
+    : state_(std::move(state)), previous_(std::exchange(g_current, this)) {
+  for (const auto& [section, keys] : state_->model.config) {
+    for (const auto& [key, value] : keys) Config(section, key, value);
+  }
+}
 
 std::unique_ptr<Machine> Machine::FromFile(const std::string& path) {
   return std::unique_ptr<Machine>(new Machine(NewState(LoadMachineFile(path))));

@@ -37,6 +37,12 @@ struct InventedModule {
   void (*on_unload)() = nullptr;
 };
 
+/// A COM class that exists only in the simulation. create() makes an object as a class factory would.
+struct ComClass {
+  CLSID id;
+  HRESULT (*create)(REFIID interface_id, void** object);
+};
+
 /// A window class that the DLL registered and that must not outlive it.
 struct WindowClass {
   std::wstring name;
@@ -73,6 +79,7 @@ struct Machine::State {
   DrawingBook drawings;
   std::vector<Notification> notifications;
   std::map<std::string, InventedModule> invented;  // by lower-case file name
+  std::map<std::string, ComClass> com_classes;      // by lower-case program id
   /// Handles without a kernel object behind them (a process snapshot, ...), with their kind in the ledger. CloseHandle
   /// lives in HandleFace and gives these back to the ledger instead of asking Windows.
   std::map<HANDLE, std::string> simulated_handles;

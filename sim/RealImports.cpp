@@ -98,6 +98,10 @@ constexpr RealImports kRealImports[] = {
      "PathIsDirectoryW PathRemoveBackslashA PathRemoveBackslashW PathRemoveExtensionA PathRemoveExtensionW "
      "PathRemoveFileSpecA PathRemoveFileSpecW PathRenameExtensionA PathRenameExtensionW StrStrIA StrStrIW StrCmpIW "
      "StrToIntA StrToIntW StrTrimA StrTrimW "},
+    // Version resources of files in the host's folder.
+    {"version.dll",
+     " GetFileVersionInfoSizeA GetFileVersionInfoSizeW GetFileVersionInfoA GetFileVersionInfoW VerQueryValueA "
+     "VerQueryValueW "},
     {"oleaut32.dll",
      " SysAllocString SysAllocStringLen SysFreeString SysStringLen SysAllocStringByteLen SysStringByteLen VariantInit "
      "VariantClear "},

@@ -28,6 +28,11 @@ _run_exit_commands() {
   for ((i = ${#_exit_commands[@]} - 1; i >= 0; --i)); do eval "${_exit_commands[i]}"; done
 }
 trap _run_exit_commands EXIT
+# In a subshell: it ends what it started, and leaves to its parent what that started.
+own_exit_commands() {
+  _exit_commands=()
+  trap _run_exit_commands EXIT
+}
 trap 'exit 130' INT
 trap 'exit 143' TERM
 

@@ -7,7 +7,7 @@ _find_wine() {
 
 # start_wine NAME: the prefix build/wine-NAME. Needs DISPLAY.
 start_wine() {
-  WINE=$(_find_wine) || die "there is no 64-bit Wine"
+  WINE=$(_find_wine) || { complain "There is no 64-bit Wine."; return 1; }
   export WINEPREFIX=$BUILD/wine-$1 WINEDEBUG=-all WINEARCH=win64
   # No downloads of Mono and Gecko, and no menu entries in the user's home.
   export WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe="
@@ -16,7 +16,10 @@ start_wine() {
   _wine_server -p
   at_exit stop_wine
   if [[ ! -e $WINEPREFIX/ready ]]; then
-    timeout 300 "$WINE" wineboot -i >"$BUILD/wineboot.log" 2>&1 || die "Wine could not make $WINEPREFIX"
+    if ! timeout 300 "$WINE" wineboot -i >"$BUILD/wineboot.log" 2>&1; then
+      complain "Wine could not make $WINEPREFIX."
+      return 1
+    fi
     touch "$WINEPREFIX/ready"
   fi
 }

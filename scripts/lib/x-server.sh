@@ -48,7 +48,7 @@ start_compositor() {
   disown "$compositor"
   at_exit end_process "$compositor"
   sleep 0.5
-  kill -0 "$compositor" 2>/dev/null || die "the compositor did not start, see $BUILD/xcompmgr.log"
+  kill -0 "$compositor" 2>/dev/null || { complain "The compositor did not start, see $BUILD/xcompmgr.log."; return 1; }
 }
 
 # screenshot FILE.png: the root window as a person would see it.

@@ -197,14 +197,14 @@ bool HasDisplayConfig(const Model& model) { return model.windows.HasDisplayConfi
 
 const std::vector<Entry>& DisplayConfigFace() {
   static const std::vector<Entry> kEntries = {
-      {"user32.dll", "GetDisplayConfigBufferSizes", Erase(FakeGetDisplayConfigBufferSizes),
+      {"user32.dll", "GetDisplayConfigBufferSizes", Guard<FakeGetDisplayConfigBufferSizes>(),
        HasDisplayConfig},
-      {"user32.dll", "QueryDisplayConfig", Erase(FakeQueryDisplayConfig), HasDisplayConfig},
-      {"user32.dll", "DisplayConfigGetDeviceInfo", Erase(FakeDisplayConfigGetDeviceInfo),
+      {"user32.dll", "QueryDisplayConfig", Guard<FakeQueryDisplayConfig>(), HasDisplayConfig},
+      {"user32.dll", "DisplayConfigGetDeviceInfo", Guard<FakeDisplayConfigGetDeviceInfo>(),
        HasDisplayConfig},
-      {"user32.dll", "DisplayConfigSetDeviceInfo", Erase(FakeDisplayConfigSetDeviceInfo),
+      {"user32.dll", "DisplayConfigSetDeviceInfo", Guard<FakeDisplayConfigSetDeviceInfo>(),
        HasDisplayConfig},
-      {"user32.dll", "SetDisplayConfig", Erase(FakeSetDisplayConfig), HasDisplayConfig},
+      {"user32.dll", "SetDisplayConfig", Guard<FakeSetDisplayConfig>(), HasDisplayConfig},
   };
   return kEntries;
 }

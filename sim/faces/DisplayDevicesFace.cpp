@@ -294,14 +294,14 @@ LONG WINAPI FakeChangeDisplaySettingsExA(LPCSTR device, LPDEVMODEA dm, HWND wind
 
 const std::vector<Entry>& DisplayDevicesFace() {
   static const std::vector<Entry> kEntries = {
-      {"user32.dll", "EnumDisplayDevicesA", Erase(FakeEnumDisplayDevicesA)},
-      {"user32.dll", "EnumDisplayDevicesW", Erase(FakeEnumDisplayDevicesW)},
-      {"user32.dll", "EnumDisplaySettingsA", Erase(FakeEnumDisplaySettingsA)},
-      {"user32.dll", "EnumDisplaySettingsW", Erase(FakeEnumDisplaySettingsW)},
-      {"user32.dll", "EnumDisplaySettingsExA", Erase(FakeEnumDisplaySettingsExA)},
-      {"user32.dll", "EnumDisplaySettingsExW", Erase(FakeEnumDisplaySettingsExW)},
-      {"user32.dll", "ChangeDisplaySettingsA", Erase(FakeChangeDisplaySettingsA)},
-      {"user32.dll", "ChangeDisplaySettingsExA", Erase(FakeChangeDisplaySettingsExA)},
+      {"user32.dll", "EnumDisplayDevicesA", Guard<FakeEnumDisplayDevicesA>()},
+      {"user32.dll", "EnumDisplayDevicesW", Guard<FakeEnumDisplayDevicesW>()},
+      {"user32.dll", "EnumDisplaySettingsA", Guard<FakeEnumDisplaySettingsA>()},
+      {"user32.dll", "EnumDisplaySettingsW", Guard<FakeEnumDisplaySettingsW>()},
+      {"user32.dll", "EnumDisplaySettingsExA", Guard<FakeEnumDisplaySettingsExA>()},
+      {"user32.dll", "EnumDisplaySettingsExW", Guard<FakeEnumDisplaySettingsExW>()},
+      {"user32.dll", "ChangeDisplaySettingsA", Guard<FakeChangeDisplaySettingsA>()},
+      {"user32.dll", "ChangeDisplaySettingsExA", Guard<FakeChangeDisplaySettingsExA>()},
   };
   return kEntries;
 }

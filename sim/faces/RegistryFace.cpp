@@ -233,15 +233,15 @@ HKEY OpenKeyHandle(const std::string& path, REGSAM access) {
 
 const std::vector<Entry>& RegistryFace() {
   static const std::vector<Entry> kEntries = {
-      {"advapi32.dll", "RegOpenKeyExA", Erase(FakeRegOpenKeyExA)},
-      {"advapi32.dll", "RegOpenKeyExW", Erase(FakeRegOpenKeyExW)},
-      {"advapi32.dll", "RegQueryValueExA", Erase(FakeRegQueryValueExA)},
-      {"advapi32.dll", "RegQueryValueExW", Erase(FakeRegQueryValueExW)},
-      {"advapi32.dll", "RegSetValueExW", Erase(FakeRegSetValueExW)},
-      {"advapi32.dll", "RegCloseKey", Erase(FakeRegCloseKey)},
-      {"advapi32.dll", "RegEnumKeyExA", Erase(FakeRegEnumKeyExA)},
-      {"advapi32.dll", "RegEnumKeyExW", Erase(FakeRegEnumKeyExW)},
-      {"shlwapi.dll", "SHGetValueA", Erase(FakeSHGetValueA)},
+      {"advapi32.dll", "RegOpenKeyExA", Guard<FakeRegOpenKeyExA>()},
+      {"advapi32.dll", "RegOpenKeyExW", Guard<FakeRegOpenKeyExW>()},
+      {"advapi32.dll", "RegQueryValueExA", Guard<FakeRegQueryValueExA>()},
+      {"advapi32.dll", "RegQueryValueExW", Guard<FakeRegQueryValueExW>()},
+      {"advapi32.dll", "RegSetValueExW", Guard<FakeRegSetValueExW>()},
+      {"advapi32.dll", "RegCloseKey", Guard<FakeRegCloseKey>()},
+      {"advapi32.dll", "RegEnumKeyExA", Guard<FakeRegEnumKeyExA>()},
+      {"advapi32.dll", "RegEnumKeyExW", Guard<FakeRegEnumKeyExW>()},
+      {"shlwapi.dll", "SHGetValueA", Guard<FakeSHGetValueA>()},
   };
   return kEntries;
 }

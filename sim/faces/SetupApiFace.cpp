@@ -286,20 +286,20 @@ CONFIGRET WINAPI FakeGetDevNodeStatusEx(PULONG status, PULONG problem, DEVINST i
 
 const std::vector<Entry>& SetupApiFace() {
   static const std::vector<Entry> kEntries = {
-      {"setupapi.dll", "SetupDiGetClassDevsA", Erase(FakeSetupDiGetClassDevsA)},
-      {"setupapi.dll", "SetupDiGetClassDevsW", Erase(FakeSetupDiGetClassDevsW)},
-      {"setupapi.dll", "SetupDiEnumDeviceInfo", Erase(FakeSetupDiEnumDeviceInfo)},
+      {"setupapi.dll", "SetupDiGetClassDevsA", Guard<FakeSetupDiGetClassDevsA>()},
+      {"setupapi.dll", "SetupDiGetClassDevsW", Guard<FakeSetupDiGetClassDevsW>()},
+      {"setupapi.dll", "SetupDiEnumDeviceInfo", Guard<FakeSetupDiEnumDeviceInfo>()},
       {"setupapi.dll", "SetupDiGetDeviceRegistryPropertyA",
-       Erase(FakeSetupDiGetDeviceRegistryPropertyA)},
+       Guard<FakeSetupDiGetDeviceRegistryPropertyA>()},
       {"setupapi.dll", "SetupDiGetDeviceRegistryPropertyW",
-       Erase(FakeSetupDiGetDeviceRegistryPropertyW)},
-      {"setupapi.dll", "SetupDiDestroyDeviceInfoList", Erase(FakeSetupDiDestroyDeviceInfoList)},
-      {"setupapi.dll", "SetupDiOpenDevRegKey", Erase(FakeSetupDiOpenDevRegKey)},
+       Guard<FakeSetupDiGetDeviceRegistryPropertyW>()},
+      {"setupapi.dll", "SetupDiDestroyDeviceInfoList", Guard<FakeSetupDiDestroyDeviceInfoList>()},
+      {"setupapi.dll", "SetupDiOpenDevRegKey", Guard<FakeSetupDiOpenDevRegKey>()},
       // The configuration manager's functions stand in both modules.
-      {"setupapi.dll", "CM_Get_DevNode_Status", Erase(FakeGetDevNodeStatus)},
-      {"setupapi.dll", "CM_Get_DevNode_Status_Ex", Erase(FakeGetDevNodeStatusEx)},
-      {"cfgmgr32.dll", "CM_Get_DevNode_Status", Erase(FakeGetDevNodeStatus)},
-      {"cfgmgr32.dll", "CM_Get_DevNode_Status_Ex", Erase(FakeGetDevNodeStatusEx)},
+      {"setupapi.dll", "CM_Get_DevNode_Status", Guard<FakeGetDevNodeStatus>()},
+      {"setupapi.dll", "CM_Get_DevNode_Status_Ex", Guard<FakeGetDevNodeStatusEx>()},
+      {"cfgmgr32.dll", "CM_Get_DevNode_Status", Guard<FakeGetDevNodeStatus>()},
+      {"cfgmgr32.dll", "CM_Get_DevNode_Status_Ex", Guard<FakeGetDevNodeStatusEx>()},
   };
   return kEntries;
 }

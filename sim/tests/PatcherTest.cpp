@@ -6,26 +6,12 @@
 #include <stdexcept>
 #include <vector>
 
-#include "sim/Failure.h"
 #include "sim/Machine.h"
+#include "sim/tests/Fakes.h"
 #include "sim/tests/SampleLibrary.h"
 
 namespace sim {
 namespace {
-
-std::vector<std::string> g_failures;
-void KeepFailure(const std::string& text) { g_failures.push_back(text); }
-
-// Catches what would fail the test.
-class Failures {
- public:
-  Failures() : before_(SetFailureSink(KeepFailure)) { g_failures.clear(); }
-  ~Failures() { SetFailureSink(before_); }
-  const std::vector<std::string>& list() const { return g_failures; }
-
- private:
-  FailureSink before_;
-};
 
 void* KeepReal(const Import&, void* real) { return real; }
 
@@ -39,7 +25,7 @@ TEST(Patcher, DllMainMeetsSimulatedFunctions) {
 TEST(Patcher, UnlistedImportIsATrapThatNamesIt) {
   Machine machine(kSampleMachine);
   SampleLibrary sample;
-  Failures failures;
+  CaughtFailures failures;
   EXPECT_EQ(sample.CallUnlisted(), FALSE);
   ASSERT_EQ(failures.list().size(), 1u);
   EXPECT_EQ(failures.list()[0],
@@ -97,7 +83,7 @@ TEST(Patcher, TrapsOfOneTextAreOneTrap) {
 }
 
 TEST(Patcher, TrapAnswersZeroWhateverItsArguments) {
-  Failures failures;
+  CaughtFailures failures;
   using Function = uint64_t (*)(uint64_t, double, const char*, uint64_t, uint64_t, uint64_t);
   const auto trap = reinterpret_cast<Function>(MakeTrap("some!Function"));
   EXPECT_EQ(trap(1, 2.0, "three", 4, 5, 6), 0u);

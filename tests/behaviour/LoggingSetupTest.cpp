@@ -178,7 +178,6 @@ TEST(LogSetup, FolderThatCannotBeMadeSendsTheLogToTheCurrentFolder) {
   const CurrentFolder current(machine.TempFolder());
   WriteFileText(LogFolder(machine), "a file where the folder should be");
   { Library ostrel(machine); }
-  const std::string folder = "hd\n";
   const std::string debug_log = ReadFileText(machine.HostFolder() + L"\\debug.log");
   // Before set-up: time stamp only. The check that follows is not on yet, so that one record is
   // all.

@@ -1,5 +1,5 @@
-// What every test program has around its tests: a watchdog, a report of the machine when a test fails or crashes, and a
-// check that no test leaves anything behind.
+// What every test program has around its tests: a watchdog, a report of the machine when a test
+// fails or crashes, and a check that no test leaves anything behind.
 #pragma once
 
 namespace test_support {

@@ -9,6 +9,14 @@
 #include "sim/Machine.h"
 #include "tests/support/FakeMonitor.h"
 
+/// The pictures that the build renders beside the test programs.
+inline std::wstring BuiltPictures() {
+  wchar_t path[MAX_PATH] = {};
+  GetModuleFileNameW(nullptr, path, MAX_PATH);
+  const std::wstring text = path;
+  return text.substr(0, text.find_last_of(L"\\/") + 1) + L"OstrelRes";
+}
+
 struct FakeHost {
   /// The fake stands in for the object of the machine's one Intel adapter; what it says of itself
   /// is the script's business. `command_line` is the host's, with program name.
@@ -16,6 +24,7 @@ struct FakeHost {
       : machine("win7 intel: internal 1366x768 active, crt 1024x768"),
         script(std::make_shared<FakeScript>()) {
     machine.SetCommandLine(command_line);
+    machine.UsePictures(BuiltPictures());
     Load();
   }
 

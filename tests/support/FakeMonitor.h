@@ -56,6 +56,7 @@ struct FakeScript {
   /// Asked first by every operation, with the call as text; throws, changes the script, or sends
   /// messages.
   std::function<void(const std::string& call)> on_call;
+  std::function<void()> on_delete;
 
   // --- The side interfaces (FakeExtensionMonitor and its derivatives).
   bool initial_extension = true;
@@ -93,7 +94,10 @@ struct FakeScript {
 class FakeMonitor : public IMMonitor {
  public:
   explicit FakeMonitor(std::shared_ptr<FakeScript> script) : script_(std::move(script)) {}
-  ~FakeMonitor() override { script_->deleted = true; }
+  ~FakeMonitor() override {
+    script_->deleted = true;
+    if (script_->on_delete) script_->on_delete();
+  }
 
   BOOL Initial() override {
     script_->Note("Initial");

@@ -18,7 +18,7 @@ LRESULT ProbeWindow::HandleMessage(HWND hwnd, UINT message, WPARAM wparam, LPARA
 
 void ProbeWindow::FillWindowClass(WNDCLASSEXW* wcex) {
   BaseWindow::FillWindowClass(wcex);
-  if (window_class_refused_) wcex->cbSize = 0;
+  if (window_class_refused_ && wcex != nullptr) wcex->cbSize = 0;
 }
 
 namespace {

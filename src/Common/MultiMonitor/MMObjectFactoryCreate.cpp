@@ -7,7 +7,6 @@
 #include "Common/MultiMonitor/MMObjectFactory.h"
 #include "Common/MultiMonitor/MMObjectFactoryState.h"
 #include "Common/MultiMonitor/NullDisplayExtension.h"
-#include "Common/MultiMonitor/PhysicalMonitor.h"
 #include "Common/MultiMonitor/VendorBackends.h"
 #include "Common/MultiMonitor/Win7CCD.h"
 #include "Common/win_util.h"
@@ -151,5 +150,5 @@ IPhysicalMonitor* CreatePhysicalMonitor() {
   if (known != FALSE && version.dwMajorVersion >= 6 && version.dwMinorVersion > 0) {
     return CreateWin7CCDObject();
   }
-  return new PhysicalMonitorByDisplayLibrary();
+  return NewPhysicalMonitorByDisplayLibrary();
 }

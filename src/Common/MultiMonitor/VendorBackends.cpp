@@ -36,3 +36,6 @@ bool IsDisplayLinkServicePresent() { return false; }
 Win7CCD* NewDisplayLinkWorkaroundImpl() { return nullptr; }
 void ConnectDisplayLinkHost() {}
 void DisconnectDisplayLinkHost() {}
+
+// No EDID reader yet: where it would answer, the native size is not known.
+IPhysicalMonitor* NewPhysicalMonitorByDisplayLibrary() { return nullptr; }

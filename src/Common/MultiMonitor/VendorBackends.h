@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "Common/MultiMonitor/IMMonitor.h"
+#include "Common/MultiMonitor/IPhysicalMonitor.h"
 
 class Win7CCD;
 
@@ -21,6 +22,9 @@ IMMonitor* NewNvidiaMMImplV2();
 IMMonitor* NewNvidiaMMImplV3();              // over a new Win7CCDApi
 IMMonitor* NewNvidiaMMImplV3CrossAdapter();  // over a new Win7CCDApi, its cross-adapter mark set
 Win7CCD* NewDisplayLinkWorkaroundImpl();
+
+/// Reads the native size from the EDID that the graphics vendor's library gives.
+IPhysicalMonitor* NewPhysicalMonitorByDisplayLibrary();
 
 /// Arbitrates two adapters. Takes ownership of both objects, also when it gives null.
 IMMonitor* NewHybridController(IMMonitor* first, IMMonitor* cross_adapter);

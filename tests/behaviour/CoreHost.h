@@ -1,0 +1,60 @@
+// The library's white-box build on a simulated notebook, for tests of the display-control core.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Common/MultiMonitor/Win7CCD.h"
+#include "sim/Library.h"
+#include "sim/Machine.h"
+#include "tests/behaviour/LogText.h"
+
+/// Gives a reference-counted object back where a test ends.
+struct Releaser {
+  void operator()(Win7CCD* ccd) const { ccd->Release(); }
+};
+using CcdPointer = std::unique_ptr<Win7CCD, Releaser>;
+
+struct CoreHost {
+  /// `switches` stand behind the host's program name: "--enable-dcheck --v=2".
+  explicit CoreHost(const std::string& text, const std::wstring& switches = L"") : machine(text) {
+    machine.SetCommandLine(L"host.exe " + switches);
+  }
+
+  /// Loads the library on the first call: what is read at load can be prepared before.
+  sim::Library& ostrel() {
+    if (library_ == nullptr) {
+      library_ = std::make_unique<sim::Library>(machine, sim::Library::Build::kWhiteBox);
+    }
+    return *library_;
+  }
+  const CoreBox& core() { return *ostrel().white_box().core; }
+
+  /// A Win7CCD with the test's reference on it, initialised.
+  CcdPointer NewCcd() {
+    CcdPointer ccd = NewBareCcd();
+    EXPECT_EQ(core().InitialOf(ccd.get()), "1");
+    return ccd;
+  }
+  CcdPointer NewBareCcd() {
+    Win7CCD* const ccd = core().NewWin7CCD();
+    ccd->AddRef();
+    return CcdPointer(ccd);
+  }
+
+  /// The log's messages from now on.
+  std::string TakeLog() {
+    const std::string all = Messages(machine.Log());
+    const std::string taken = all.substr(log_taken_);
+    log_taken_ = all.size();
+    return taken;
+  }
+  /// Leaves the messages so far out of the next TakeLog.
+  void ForgetLog() { TakeLog(); }
+
+  sim::Machine machine;
+
+ private:
+  std::unique_ptr<sim::Library> library_;
+  size_t log_taken_ = 0;
+};
