@@ -1,4 +1,5 @@
-// Arrangements: checked, made by default, placed, applied, remembered; and what plugging does to them.
+// Arrangements: checked, made by default, placed, applied, remembered; and what plugging does to
+// them.
 
 #include <algorithm>
 
@@ -63,7 +64,8 @@ std::vector<size_t> PanelsFirst(const Model& model, std::vector<size_t> connecto
   return connectors;
 }
 
-// The paths for connectors that are to show desktops of their own; those beyond the hardware's means are left out.
+// The paths for connectors that are to show desktops of their own; those beyond the hardware's
+// means are left out.
 std::vector<Path> SeparatePaths(const Model& model, const std::vector<size_t>& connectors) {
   std::vector<Path> paths;
   std::vector<uint32_t> used(model.adapters.size(), 0);
@@ -274,12 +276,11 @@ void UnplugMonitor(Model& model, size_t connector) {
   if (ApplyFromDatabase(model)) return;
   Arrangement rest = CurrentArrangement(model);
   const auto is_dark = [&model](const Path& path) { return !IsAvailable(model, path.connector); };
-  rest.paths.erase(std::remove_if(rest.paths.begin(), rest.paths.end(), is_dark),
-                   rest.paths.end());
+  rest.paths.erase(std::remove_if(rest.paths.begin(), rest.paths.end(), is_dark), rest.paths.end());
   if (!rest.paths.empty()) {
     const std::vector<size_t> sources = SourcesOf(rest.paths);
-    const bool keeps = std::find(sources.begin(), sources.end(), model.primary_source) !=
-                       sources.end();
+    const bool keeps =
+        std::find(sources.begin(), sources.end(), model.primary_source) != sources.end();
     PlaceDesktops(&rest, keeps ? model.primary_source : sources[0]);
     ApplyArrangement(model, rest);
   } else {

@@ -11,7 +11,8 @@ constexpr size_t kTiming = 54;
 constexpr size_t kNameDescriptor = 72;
 constexpr size_t kDescriptorSize = 18;
 constexpr size_t kTextSize = 13;
-// Blanking as in reduced timings: enough for every size, and small enough that the pixel clock fits 16 bits.
+// Blanking as in reduced timings: enough for every size, and small enough that the pixel clock fits
+// 16 bits.
 constexpr uint32_t kHorizontalBlank = 160;
 constexpr uint32_t kVerticalBlank = 30;
 
@@ -19,7 +20,8 @@ uint8_t Low(uint32_t value) { return static_cast<uint8_t>(value & 0xFF); }
 
 void PutTiming(const DisplayMode& mode, uint8_t* d) {
   const uint64_t total = uint64_t{mode.width + kHorizontalBlank} * (mode.height + kVerticalBlank);
-  // In 10 kHz, rounded up, so that a reader who truncates the refresh rate finds the one that was meant.
+  // In 10 kHz, rounded up, so that a reader who truncates the refresh rate finds the one that was
+  // meant.
   uint64_t clock = (total * mode.frequency + 9999) / 10000;
   if ((clock & 0xFF) == 0) ++clock;  // a first byte of zero would mean that this is no timing
   clock = std::min<uint64_t>(clock, 0xFFFF);
@@ -31,8 +33,8 @@ void PutTiming(const DisplayMode& mode, uint8_t* d) {
   d[5] = Low(mode.height);
   d[6] = Low(kVerticalBlank);
   d[7] = Low(((mode.height >> 8) << 4) | (kVerticalBlank >> 8));
-  d[8] = 48;    // horizontal front porch
-  d[9] = 32;    // horizontal sync
+  d[8] = 48;     // horizontal front porch
+  d[9] = 32;     // horizontal sync
   d[10] = 0x35;  // vertical front porch 3, sync 5
   d[12] = 0x40;
   d[13] = 0xF0;

@@ -14,6 +14,7 @@ using FaceFunction = const std::vector<Entry>& (*)();
 constexpr FaceFunction kFaces[] = {
     DisplayDevicesFace, DisplayConfigFace, SetupApiFace, RegistryFace, SystemFace,
     LoaderFace,         TimeFace,          WindowFace,   GdiFace,      HandleFace,
+    ComFace,
 };
 
 std::vector<const Entry*> Collect() {

@@ -75,7 +75,8 @@ class Fields {
     const toml::node* node = Find(field);
     std::vector<Fields> tables;
     if (node == nullptr) return tables;
-    if (!node->is_array()) Raise(field, *node, "a list of tables, [[" + Full(field) + "]], is needed");
+    if (!node->is_array())
+      Raise(field, *node, "a list of tables, [[" + Full(field) + "]], is needed");
     for (const toml::node& element : *node->as_array()) tables.push_back(Table(field, element));
     return tables;
   }
@@ -214,8 +215,7 @@ std::vector<DisplayMode> ReadModes(Fields* fields, const DisplayMode& native) {
 
 std::vector<uint8_t> ReadEdid(Fields* fields, const std::string& digits) {
   constexpr size_t kDigits = 256;
-  const bool all_hex =
-      digits.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+  const bool all_hex = digits.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
   if (digits.size() < kDigits || digits.size() % 2 != 0 || !all_hex) {
     fields->Raise("edid", "256 hexadecimal digits or more are needed");
   }

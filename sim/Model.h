@@ -1,6 +1,7 @@
-// The simulated notebook as plain data: what is plugged in, what is active, what Windows would remember. Every face of
-// the simulator (display settings, display configuration, SetupAPI, ...) reads and writes this one model, so that a
-// switch made through one interface is seen through all others. No policy lives here.
+// The simulated notebook as plain data: what is plugged in, what is active, what Windows would
+// remember. Every face of the simulator (display settings, display configuration, SetupAPI, ...)
+// reads and writes this one model, so that a switch made through one interface is seen through all
+// others. No policy lives here.
 #pragma once
 
 #include <cstdint>
@@ -26,25 +27,27 @@ struct WindowsVersion {
   uint32_t major = 6;
   uint32_t minor = 1;
   uint32_t build = 7601;
-  uint8_t product_type = 1;         // 1 workstation, 2 domain controller, 3 server
-  std::optional<uint32_t> product = 48;  // GetProductInfo's value; absent: Kernel32 has no such entry
-  std::string service_pack;         // "Service Pack 1"
+  uint8_t product_type = 1;  // 1 workstation, 2 domain controller, 3 server
+  std::optional<uint32_t> product =
+      48;                    // GetProductInfo's value; absent: Kernel32 has no such entry
+  std::string service_pack;  // "Service Pack 1"
   bool HasDisplayConfig() const { return major > 6 || (major == 6 && minor >= 1); }
 };
 
 /// A graphics adapter as SetupAPI and EnumDisplayDevices list it.
 struct Adapter {
-  std::string name;          // "Intel(R) HD Graphics"
-  std::string hardware_id;   // "PCI\\VEN_8086&DEV_0166..."; the vendor digits stand behind the first underscore
+  std::string name;         // "Intel(R) HD Graphics"
+  std::string hardware_id;  // "PCI\\VEN_8086&DEV_0166..."; the vendor digits stand behind the first
+                            // underscore
   bool hardware_id_readable = true;
-  bool disabled = false;          // problem 22
-  uint32_t problem = 0;           // another problem number, 0 for none
-  bool root_enumerated = false;   // DN_ROOT_ENUMERATED
-  bool status_readable = true;    // CM_Get_DevNode_Status answers
-  bool mirroring = false;         // a mirroring driver: a display device that is none
-  bool enumerated = true;         // SetupAPI lists it among the present devices
-  uint32_t heads = 0;             // how many connectors it can drive at a time; 0: as many as sources
-  uint32_t sources = 2;           // how many desktops it can scan out: one \\.\DISPLAYn each
+  bool disabled = false;         // problem 22
+  uint32_t problem = 0;          // another problem number, 0 for none
+  bool root_enumerated = false;  // DN_ROOT_ENUMERATED
+  bool status_readable = true;   // CM_Get_DevNode_Status answers
+  bool mirroring = false;        // a mirroring driver: a display device that is none
+  bool enumerated = true;        // SetupAPI lists it among the present devices
+  uint32_t heads = 0;    // how many connectors it can drive at a time; 0: as many as sources
+  uint32_t sources = 2;  // how many desktops it can scan out: one \\.\DISPLAYn each
   uint32_t luid_low = 0;
   int32_t luid_high = 0;
 };
@@ -52,20 +55,22 @@ struct Adapter {
 /// A monitor or panel that hangs on a connector.
 struct Monitor {
   std::string name;
-  std::vector<uint8_t> edid;         // empty: it has none
-  std::vector<DisplayMode> modes;    // what it accepts, as EnumDisplaySettings lists it
-  DisplayMode preferred;             // its native mode
+  std::vector<uint8_t> edid;       // empty: it has none
+  std::vector<DisplayMode> modes;  // what it accepts, as EnumDisplaySettings lists it
+  DisplayMode preferred;           // its native mode
 };
 
 /// One output of an adapter.
 struct Connector {
-  std::string id;            // the short name used in machine files and texts: "internal", "crt", "hdmi", "hdmi2", ...
-  size_t adapter = 0;        // index into Model::adapters
-  uint32_t technology = 0;   // DISPLAYCONFIG_VIDEO_OUTPUT_TECHNOLOGY as an unsigned number
+  std::string id;      // the short name used in machine files and texts: "internal", "crt", "hdmi",
+                       // "hdmi2", ...
+  size_t adapter = 0;  // index into Model::adapters
+  uint32_t technology = 0;  // DISPLAYCONFIG_VIDEO_OUTPUT_TECHNOLOGY as an unsigned number
   uint32_t target_id = 0;
   std::optional<Monitor> monitor;  // absent: nothing plugged in
-  bool forced = false;             // DISPLAYCONFIG_TARGET_FORCED_AVAILABILITY_PATH is set on its paths
-  bool boot_persistent = false;    // DISPLAYCONFIG_TARGET_FORCED_AVAILABILITY_BOOT: told to stay from boot to boot
+  bool forced = false;  // DISPLAYCONFIG_TARGET_FORCED_AVAILABILITY_PATH is set on its paths
+  bool boot_persistent =
+      false;  // DISPLAYCONFIG_TARGET_FORCED_AVAILABILITY_BOOT: told to stay from boot to boot
 };
 
 /// What CDS_NORESET stored for a display device and the next commit takes up.
@@ -82,11 +87,11 @@ struct Staged {
 struct Source {
   size_t adapter = 0;
   uint32_t source_id = 0;
-  std::string device_name;   // "\\\\.\\DISPLAY1"
-  DisplayMode mode;          // meaningful while some active path starts here
+  std::string device_name;  // "\\\\.\\DISPLAY1"
+  DisplayMode mode;         // meaningful while some active path starts here
   int32_t x = 0;
   int32_t y = 0;
-  uint32_t orientation = 0;  // 0, 1, 2, 3: quarter turns
+  uint32_t orientation = 0;             // 0, 1, 2, 3: quarter turns
   std::optional<DisplayMode> registry;  // ENUM_REGISTRY_SETTINGS; absent: none stored
   std::optional<Staged> staged;         // waits for ChangeDisplaySettingsEx(NULL, NULL, ...)
 };
@@ -115,14 +120,15 @@ struct Model {
   std::vector<Adapter> adapters;
   std::vector<Connector> connectors;
   std::vector<Source> sources;
-  std::vector<Path> active;    // the topology now
+  std::vector<Path> active;  // the topology now
   size_t primary_source = 0;
   /// The display database: the last saved arrangement for each set of connector ids with a monitor.
   std::map<std::set<std::string>, Arrangement> database;
-  /// Behind it, every topology that was ever saved for such a set, the most recent one last; one per kind of topology.
+  /// Behind it, every topology that was ever saved for such a set, the most recent one last; one
+  /// per kind of topology.
   std::map<std::set<std::string>, std::vector<Arrangement>> remembered;
-  /// Registry values asked for: full key path ("HKLM\\HARDWARE\\...") to value name to data. Data is "dword:12" or
-  /// "dword:0x0c" for REG_DWORD, "hex:0aff" for REG_BINARY, anything else REG_SZ.
+  /// Registry values asked for: full key path ("HKLM\\HARDWARE\\...") to value name to data. Data
+  /// is "dword:12" or "dword:0x0c" for REG_DWORD, "hex:0aff" for REG_BINARY, anything else REG_SZ.
   std::map<std::string, std::map<std::string, std::string>> registry;
   std::vector<Process> processes;
   uint32_t wave_out_devices = 1;
@@ -131,7 +137,8 @@ struct Model {
 };
 
 /// The current topology in one line, for transcripts and tests, connectors in model order:
-/// "single internal", "clone internal+crt", "extend internal+crt", "extend (internal+crt)+hdmi", "none".
+/// "single internal", "clone internal+crt", "extend internal+crt", "extend (internal+crt)+hdmi",
+/// "none".
 std::string DescribeTopology(const Model& model);
 
 /// Connector ids that have a monitor and whose adapter works, in model order.

@@ -51,18 +51,22 @@ struct ConnectorWord {
   const char* monitor;
 };
 constexpr ConnectorWord kConnectors[] = {
-    {"internal", kTechnologyInternal, "Panel"}, {"crt", kTechnologyHd15, "CRT Monitor"},
-    {"tv", 1, "Television"},                    {"dvi", 4, "DVI Monitor"},
-    {"hdmi", 5, "HDMI Monitor"},                {"dp", 10, "DP Monitor"},
+    {"internal", kTechnologyInternal, "Panel"},
+    {"crt", kTechnologyHd15, "CRT Monitor"},
+    {"tv", 1, "Television"},
+    {"dvi", 4, "DVI Monitor"},
+    {"hdmi", 5, "HDMI Monitor"},
+    {"dp", 10, "DP Monitor"},
     {"edp", kTechnologyEmbeddedDisplayPort, "eDP Panel"},
-    {"other", 0xFFFFFFFF, "Projector"},         {"wireless", 15, "Wireless"},
+    {"other", 0xFFFFFFFF, "Projector"},
+    {"wireless", 15, "Wireless"},
 };
 
 struct Size {
   uint32_t width, height;
 };
 constexpr Size kUsualSizes[] = {
-    {640, 480},  {800, 600},  {1024, 768}, {1280, 720},  {1280, 800},  {1280, 1024}, {1366, 768},
+    {640, 480},  {800, 600},  {1024, 768},  {1280, 720},  {1280, 800},  {1280, 1024}, {1366, 768},
     {1440, 900}, {1600, 900}, {1600, 1200}, {1680, 1050}, {1920, 1080}, {1920, 1200},
 };
 

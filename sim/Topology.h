@@ -1,5 +1,6 @@
-// Operations on the model that every face shares: who is connected, which modes fit, how an arrangement is checked,
-// completed, applied and remembered. They know the platform's rules and nothing of what the product wants.
+// Operations on the model that every face shares: who is connected, which modes fit, how an
+// arrangement is checked, completed, applied and remembered. They know the platform's rules and
+// nothing of what the product wants.
 #pragma once
 
 #include <cstdint>
@@ -55,8 +56,8 @@ std::vector<DisplayMode> ModesOfConnector(const Model& model, size_t connector);
 std::vector<DisplayMode> CommonModes(const Model& model, const std::vector<size_t>& connectors);
 /// One connector: its native mode. Several: the largest common mode, 32 bits and 60 Hz preferred.
 std::optional<DisplayMode> BestMode(const Model& model, const std::vector<size_t>& connectors);
-/// The listed mode that has this size and depth, and, when it is not 0, this frequency. Without a frequency 60 Hz is
-/// preferred, then the highest.
+/// The listed mode that has this size and depth, and, when it is not 0, this frequency. Without a
+/// frequency 60 Hz is preferred, then the highest.
 std::optional<DisplayMode> FindMode(const std::vector<DisplayMode>& modes,
                                     const DisplayMode& wanted);
 
@@ -65,25 +66,27 @@ std::optional<DisplayMode> FindMode(const std::vector<DisplayMode>& modes,
 Arrangement CurrentArrangement(const Model& model);
 /// Topology number of these paths; 0 when they are a mixture or none.
 uint32_t TopologyOf(const Model& model, const std::vector<Path>& paths);
-/// Every path leads over one adapter from a source to an available connector, no connector is used twice and no
-/// adapter drives more connectors than it can.
+/// Every path leads over one adapter from a source to an available connector, no connector is used
+/// twice and no adapter drives more connectors than it can.
 bool PathsAreDrivable(const Model& model, const std::vector<Path>& paths);
-/// The topology of this kind that was used last with these monitors, else its default. Nothing when these monitors
-/// cannot make it. `force` may have analog connectors without monitor driven to make it; they are told in `forced`.
+/// The topology of this kind that was used last with these monitors, else its default. Nothing when
+/// these monitors cannot make it. `force` may have analog connectors without monitor driven to make
+/// it; they are told in `forced`.
 std::optional<Arrangement> NamedTopology(const Model& model, uint32_t topology, bool force,
                                          std::vector<size_t>* forced);
-/// Puts every desktop that overlaps another or touches none to the right of the rest, so that `primary` is at 0,0.
+/// Puts every desktop that overlaps another or touches none to the right of the rest, so that
+/// `primary` is at 0,0.
 void PlaceDesktops(Arrangement* arrangement, size_t primary);
 /// Makes the arrangement the current one. The primary is the source at 0,0.
 void ApplyArrangement(Model& model, const Arrangement& arrangement);
-/// Saves the current arrangement for the monitors that are connected now, in the display database and in the registry
-/// settings of the display devices.
+/// Saves the current arrangement for the monitors that are connected now, in the display database
+/// and in the registry settings of the display devices.
 void RememberCurrent(Model& model);
 
 // --- Attaching and detaching single display devices, as ChangeDisplaySettingsEx sees them.
 
-/// The connector that the source would take if it were attached: a connected one of its adapter that shows nothing,
-/// else one that another source shows besides others.
+/// The connector that the source would take if it were attached: a connected one of its adapter
+/// that shows nothing, else one that another source shows besides others.
 std::optional<size_t> ConnectorForSource(const Model& model, const std::vector<Path>& paths,
                                          size_t source);
 /// The modes that a display device lists: those of its connectors, or of the one it would take.
@@ -91,14 +94,15 @@ std::vector<DisplayMode> ModesOfSource(const Model& model, size_t source);
 
 // --- Plugging.
 
-/// A known set of monitors gets its arrangement back from the database; otherwise the active paths stay, and the
-/// connector is connected and dark.
+/// A known set of monitors gets its arrangement back from the database; otherwise the active paths
+/// stay, and the connector is connected and dark.
 void PlugMonitor(Model& model, size_t connector, const Monitor& monitor);
-/// A known set gets its arrangement back; otherwise what still has a monitor stays, and when nothing is left the panel,
-/// or the first connected display, is shown alone.
+/// A known set gets its arrangement back; otherwise what still has a monitor stays, and when
+/// nothing is left the panel, or the first connected display, is shown alone.
 void UnplugMonitor(Model& model, size_t connector);
 
-/// Gives every adapter its sources (\\.\DISPLAY1, ...), target ids and LUIDs where they are missing.
+/// Gives every adapter its sources (\\.\DISPLAY1, ...), target ids and LUIDs where they are
+/// missing.
 void NumberDevices(Model& model);
 
 }  // namespace sim

@@ -35,7 +35,8 @@ int32_t RightEdge(const Model& model) {
   return right;
 }
 
-// Where a request starts from: the device as it stands, and a detached one as the registry knows it.
+// Where a request starts from: the device as it stands, and a detached one as the registry knows
+// it.
 Staged StartingPoint(const Model& model, size_t index) {
   const Source& source = model.sources[index];
   Staged start;
@@ -61,7 +62,8 @@ DisplayMode Turned(DisplayMode mode, uint32_t orientation) {
   return mode;
 }
 
-// Fills in what the request leaves open and looks the mode up in the device's list. False: no such mode.
+// Fills in what the request leaves open and looks the mode up in the device's list. False: no such
+// mode.
 bool Resolve(const Model& model, size_t index, const SettingsRequest& request, DWORD flags,
              Staged* result) {
   Staged wanted = StartingPoint(model, index);
@@ -113,7 +115,8 @@ bool Attach(const Model& model, size_t source, Arrangement* arrangement) {
   return true;
 }
 
-// The source that has the origin afterwards: the one that asks for it, else the one that has it, else the first left.
+// The source that has the origin afterwards: the one that asks for it, else the one that has it,
+// else the first left.
 size_t PrimaryOf(const Model& model, const std::map<size_t, Staged>& changes,
                  const std::vector<Path>& paths) {
   const auto shows = [&paths](size_t source) {
@@ -126,23 +129,31 @@ size_t PrimaryOf(const Model& model, const std::map<size_t, Staged>& changes,
   return shows(model.primary_source) ? model.primary_source : paths[0].source;
 }
 
+void Detach(size_t source, std::vector<Path>* paths) {
+  const auto is_mine = [source](const Path& path) { return path.source == source; };
+  paths->erase(std::remove_if(paths->begin(), paths->end(), is_mine), paths->end());
+}
+
 LONG ApplyChanges(Model& model, const std::map<size_t, Staged>& changes) {
   Arrangement arrangement = CurrentArrangement(model);
-  for (const auto& change : changes) {
-    if (change.second.attached) continue;
-    const size_t source = change.first;
-    std::vector<Path>& paths = arrangement.paths;
-    const auto is_mine = [source](const Path& path) { return path.source == source; };
-    paths.erase(std::remove_if(paths.begin(), paths.end(), is_mine), paths.end());
+  // A device that comes takes a display that was dark; only where there is none, one that a leaving
+  // device frees.
+  std::vector<size_t> waiting;
+  for (const auto& [source, change] : changes) {
+    if (change.attached && !Attach(model, source, &arrangement)) waiting.push_back(source);
   }
-  for (const auto& change : changes) {
-    if (!change.second.attached) continue;
-    if (!Attach(model, change.first, &arrangement)) return DISP_CHANGE_FAILED;
-    Source& source = arrangement.sources[change.first];
-    source.mode = change.second.mode;
-    source.x = change.second.x;
-    source.y = change.second.y;
-    source.orientation = change.second.orientation;
+  for (const auto& [source, change] : changes) {
+    if (!change.attached) Detach(source, &arrangement.paths);
+  }
+  for (size_t source : waiting) {
+    if (!Attach(model, source, &arrangement)) return DISP_CHANGE_FAILED;
+  }
+  for (const auto& [index, change] : changes) {
+    Source& source = arrangement.sources[index];
+    source.mode = change.mode;
+    source.x = change.x;
+    source.y = change.y;
+    source.orientation = change.orientation;
   }
   if (arrangement.paths.empty() || !PathsAreDrivable(model, arrangement.paths)) {
     return DISP_CHANGE_FAILED;

@@ -1,4 +1,5 @@
-// What ChangeDisplaySettingsEx does to the machine: the rules of the function, apart from its calling convention.
+// What ChangeDisplaySettingsEx does to the machine: the rules of the function, apart from its
+// calling convention.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +20,8 @@ struct SettingsRequest {
 };
 
 /// @param source   the display device, or nothing for the primary one
-/// @param request  null: back to what the registry holds; with no source either, all devices: the commit
+/// @param request  null: back to what the registry holds; with no source either, all devices: the
+/// commit
 /// @param flags    CDS_*
 /// @return DISP_CHANGE_*
 LONG ChangeSettings(Model& model, std::optional<size_t> source, const SettingsRequest* request,

@@ -46,9 +46,8 @@ LONG WINAPI FakeQueryDisplayConfig(UINT32 flags, UINT32* path_count, DISPLAYCONF
                                    UINT32* mode_count, DISPLAYCONFIG_MODE_INFO* modes,
                                    DISPLAYCONFIG_TOPOLOGY_ID* topology) {
   Call call("QueryDisplayConfig");
-  const LONG result = call.Fails()
-                          ? static_cast<LONG>(FaultOr(call, ERROR_GEN_FAILURE))
-                          : Query(flags, path_count, paths, mode_count, modes, topology);
+  const LONG result = call.Fails() ? static_cast<LONG>(FaultOr(call, ERROR_GEN_FAILURE))
+                                   : Query(flags, path_count, paths, mode_count, modes, topology);
   LeaveDirtyLastError();
   return static_cast<LONG>(call.Read(result, "flags=0x%x", flags));
 }
@@ -93,8 +92,8 @@ LONG GiveTargetName(const Model& model, DISPLAYCONFIG_TARGET_DEVICE_NAME* record
     record->edidProductCodeId = static_cast<UINT16>(monitor.edid[10] | monitor.edid[11] << 8);
     CopyText(record->monitorFriendlyDeviceName, 64, Widen(monitor.name));
   }
-  const std::wstring path = L"\\\\?\\DISPLAY#OST0101#" + Widen(connector.id) +
-                            L"#{e6f07b5f-ee97-4a90-b076-33f57bf4eaa7}";
+  const std::wstring path =
+      L"\\\\?\\DISPLAY#OST0101#" + Widen(connector.id) + L"#{e6f07b5f-ee97-4a90-b076-33f57bf4eaa7}";
   CopyText(record->monitorDevicePath, 128, path);
   return ERROR_SUCCESS;
 }
@@ -162,8 +161,8 @@ LONG WINAPI FakeDisplayConfigGetDeviceInfo(DISPLAYCONFIG_DEVICE_INFO_HEADER* hea
   Call call("DisplayConfigGetDeviceInfo");
   LeaveDirtyLastError();
   if (header == nullptr) return static_cast<LONG>(call.Read(ERROR_INVALID_PARAMETER, "null"));
-  const LONG result = call.Fails() ? static_cast<LONG>(FaultOr(call, ERROR_GEN_FAILURE))
-                                   : GiveDeviceInfo(header);
+  const LONG result =
+      call.Fails() ? static_cast<LONG>(FaultOr(call, ERROR_GEN_FAILURE)) : GiveDeviceInfo(header);
   return static_cast<LONG>(
       call.Read(result, "type=%d id=0x%x", static_cast<int>(header->type), header->id));
 }
@@ -184,8 +183,8 @@ LONG WINAPI FakeDisplayConfigSetDeviceInfo(DISPLAYCONFIG_DEVICE_INFO_HEADER* hea
   if (call.Fails()) {
     result = static_cast<LONG>(FaultOr(call, ERROR_GEN_FAILURE));
   } else if (header->type == DISPLAYCONFIG_DEVICE_INFO_SET_TARGET_PERSISTENCE) {
-    result = SetPersistence(
-        CurrentModel(), *reinterpret_cast<const DISPLAYCONFIG_SET_TARGET_PERSISTENCE*>(header));
+    result = SetPersistence(CurrentModel(),
+                            *reinterpret_cast<const DISPLAYCONFIG_SET_TARGET_PERSISTENCE*>(header));
   }
   return static_cast<LONG>(
       call.Changed(result, "type=%d id=0x%x", static_cast<int>(header->type), header->id));

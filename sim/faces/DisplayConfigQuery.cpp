@@ -137,8 +137,7 @@ DISPLAYCONFIG_VIDEO_SIGNAL_INFO DescribeSignal(const DisplayMode& mode) {
   DISPLAYCONFIG_VIDEO_SIGNAL_INFO signal = {};
   signal.activeSize = {mode.width, mode.height};
   signal.totalSize = {mode.width + kHorizontalBlank, mode.height + kVerticalBlank};
-  signal.pixelRate =
-      UINT64{signal.totalSize.cx} * signal.totalSize.cy * mode.frequency;
+  signal.pixelRate = UINT64{signal.totalSize.cx} * signal.totalSize.cy * mode.frequency;
   signal.hSyncFreq = {signal.totalSize.cy * mode.frequency, 1};
   signal.vSyncFreq = {mode.frequency * 1000, 1000};
   signal.videoStandard = kOtherStandard;

@@ -1,5 +1,5 @@
-// What QueryDisplayConfig reports and SetDisplayConfig does: the rules of the functions, apart from their calling
-// conventions.
+// What QueryDisplayConfig reports and SetDisplayConfig does: the rules of the functions, apart from
+// their calling conventions.
 #pragma once
 
 #include <cstdint>
@@ -29,8 +29,8 @@ struct SuppliedConfig {
 LUID LuidOf(const Adapter& adapter);
 std::optional<size_t> SourceById(const Model& model, LUID adapter, uint32_t id);
 std::optional<size_t> ConnectorById(const Model& model, LUID adapter, uint32_t id);
-/// The signal on the connector while its source stands in this mode: panels and digital displays get their native
-/// size and scale, analog ones the mode itself.
+/// The signal on the connector while its source stands in this mode: panels and digital displays
+/// get their native size and scale, analog ones the mode itself.
 DisplayMode SignalOn(const Connector& connector, const DisplayMode& mode);
 DISPLAYCONFIG_VIDEO_SIGNAL_INFO DescribeSignal(const DisplayMode& mode);
 
@@ -38,7 +38,8 @@ DISPLAYCONFIG_VIDEO_SIGNAL_INFO DescribeSignal(const DisplayMode& mode);
 bool QueryFlagsAreValid(uint32_t flags);
 DisplayConfig QueryConfig(const Model& model, uint32_t flags);
 
-/// @return ERROR_SUCCESS, ERROR_INVALID_PARAMETER, ERROR_NOT_SUPPORTED, ERROR_GEN_FAILURE or ERROR_BAD_CONFIGURATION
+/// @return ERROR_SUCCESS, ERROR_INVALID_PARAMETER, ERROR_NOT_SUPPORTED, ERROR_GEN_FAILURE or
+/// ERROR_BAD_CONFIGURATION
 LONG SetConfig(Model& model, const SuppliedConfig& supplied, uint32_t flags);
 
 }  // namespace sim

@@ -7,13 +7,13 @@
 namespace sim {
 namespace {
 
-constexpr uint32_t kNamedTopologies = SDC_TOPOLOGY_INTERNAL | SDC_TOPOLOGY_CLONE |
-                                      SDC_TOPOLOGY_EXTEND | SDC_TOPOLOGY_EXTERNAL;
+constexpr uint32_t kNamedTopologies =
+    SDC_TOPOLOGY_INTERNAL | SDC_TOPOLOGY_CLONE | SDC_TOPOLOGY_EXTEND | SDC_TOPOLOGY_EXTERNAL;
 constexpr uint32_t kTopologies = kNamedTopologies | SDC_TOPOLOGY_SUPPLIED;
-constexpr uint32_t kKnownFlags =
-    kTopologies | SDC_USE_SUPPLIED_DISPLAY_CONFIG | SDC_VALIDATE | SDC_APPLY | SDC_NO_OPTIMIZATION |
-    SDC_SAVE_TO_DATABASE | SDC_ALLOW_CHANGES | SDC_PATH_PERSIST_IF_REQUIRED |
-    SDC_FORCE_MODE_ENUMERATION | SDC_ALLOW_PATH_ORDER_CHANGES;
+constexpr uint32_t kKnownFlags = kTopologies | SDC_USE_SUPPLIED_DISPLAY_CONFIG | SDC_VALIDATE |
+                                 SDC_APPLY | SDC_NO_OPTIMIZATION | SDC_SAVE_TO_DATABASE |
+                                 SDC_ALLOW_CHANGES | SDC_PATH_PERSIST_IF_REQUIRED |
+                                 SDC_FORCE_MODE_ENUMERATION | SDC_ALLOW_PATH_ORDER_CHANGES;
 
 bool Has(uint32_t flags, uint32_t bits) { return (flags & bits) != 0; }
 
@@ -32,7 +32,8 @@ bool FlagsAreValid(uint32_t flags) {
   return !Has(flags, SDC_ALLOW_PATH_ORDER_CHANGES) || Has(flags, SDC_TOPOLOGY_SUPPLIED);
 }
 
-// A named topology takes no arrays, a supplied one only paths, a supplied configuration paths and perhaps modes.
+// A named topology takes no arrays, a supplied one only paths, a supplied configuration paths and
+// perhaps modes.
 bool ArraysAreValid(const SuppliedConfig& supplied, uint32_t flags) {
   const bool no_modes = supplied.modes == nullptr && supplied.mode_count == 0;
   if (Has(flags, kNamedTopologies)) {
@@ -70,8 +71,9 @@ struct SourceRequest {
   std::vector<size_t> connectors;
   const DISPLAYCONFIG_SOURCE_MODE* mode = nullptr;  // null: the best one
   uint32_t mode_index = DISPLAYCONFIG_PATH_MODE_IDX_INVALID;
-  std::vector<const DISPLAYCONFIG_VIDEO_SIGNAL_INFO*> signals;  // one per connector; null: the best one
-  uint32_t frequency = 0;    // from a signal or a refresh rate, 0 for none
+  std::vector<const DISPLAYCONFIG_VIDEO_SIGNAL_INFO*>
+      signals;             // one per connector; null: the best one
+  uint32_t frequency = 0;  // from a signal or a refresh rate, 0 for none
   uint32_t orientation = 0;
 };
 
@@ -235,8 +237,8 @@ class ConfigReader {
       if (mode.width > bounds.width || mode.height > bounds.height || mode.bits != bounds.bits) {
         continue;
       }
-      const bool larger = !found || uint64_t{mode.width} * mode.height >
-                                        uint64_t{found->width} * found->height;
+      const bool larger =
+          !found || uint64_t{mode.width} * mode.height > uint64_t{found->width} * found->height;
       if (larger) found = mode;
     }
     return found;
@@ -257,9 +259,8 @@ bool SamePaths(std::vector<Path> a, std::vector<Path> b, bool any_order) {
     std::sort(a.begin(), a.end(), less);
     std::sort(b.begin(), b.end(), less);
   }
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](const Path& x, const Path& y) {
-    return !less(x, y) && !less(y, x);
-  });
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](const Path& x, const Path& y) { return !less(x, y) && !less(y, x); });
 }
 
 // SDC_TOPOLOGY_SUPPLIED: the modes come from the last time that these paths were saved.
@@ -289,7 +290,8 @@ LONG FindSupplied(const Model& model, const SuppliedConfig& supplied, uint32_t f
   return reader.Arrange(arrangement);
 }
 
-// The most recent of the asked kinds, else the default of the first kind that these monitors can make.
+// The most recent of the asked kinds, else the default of the first kind that these monitors can
+// make.
 LONG FindNamed(const Model& model, uint32_t flags, Arrangement* arrangement,
                std::vector<size_t>* forced) {
   const auto saved = model.remembered.find(ConnectedSet(model));
@@ -301,8 +303,7 @@ LONG FindNamed(const Model& model, uint32_t flags, Arrangement* arrangement,
     }
   }
   const bool force = Has(flags, SDC_PATH_PERSIST_IF_REQUIRED);
-  for (uint32_t kind :
-       {kTopologyClone, kTopologyExtend, kTopologyExternal, kTopologyInternal}) {
+  for (uint32_t kind : {kTopologyClone, kTopologyExtend, kTopologyExternal, kTopologyInternal}) {
     if (!Has(flags, kind)) continue;
     const std::optional<Arrangement> found = NamedTopology(model, kind, force, forced);
     if (!found) continue;
@@ -329,7 +330,8 @@ LONG SetConfig(Model& model, const SuppliedConfig& supplied, uint32_t flags) {
   if (found != ERROR_SUCCESS || Has(flags, SDC_VALIDATE)) return found;
   for (size_t connector : forced) model.connectors[connector].forced = true;
   ApplyArrangement(model, arrangement);
-  // A topology out of the database is the current one there from now on; a supplied one only when the caller says so.
+  // A topology out of the database is the current one there from now on; a supplied one only when
+  // the caller says so.
   if (Has(flags, kTopologies | SDC_SAVE_TO_DATABASE)) RememberCurrent(model);
   return ERROR_SUCCESS;
 }

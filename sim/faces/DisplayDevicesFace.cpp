@@ -85,9 +85,10 @@ std::optional<DeviceText> DescribeMonitor(const Model& model, const std::string&
   device.text = "Generic PnP Monitor";
   device.id = "MONITOR\\OST0101\\{4d36e96e-e325-11ce-bfc1-08002be10318}\\000" +
               std::to_string(connectors[index]);
-  device.key = "\\Registry\\Machine\\System\\CurrentControlSet\\Control\\Class"
-               "\\{4d36e96e-e325-11ce-bfc1-08002be10318}\\000" +
-               std::to_string(connectors[index]);
+  device.key =
+      "\\Registry\\Machine\\System\\CurrentControlSet\\Control\\Class"
+      "\\{4d36e96e-e325-11ce-bfc1-08002be10318}\\000" +
+      std::to_string(connectors[index]);
   device.flags = DISPLAY_DEVICE_ACTIVE | (connector.monitor ? DISPLAY_DEVICE_ATTACHED : 0);
   return device;
 }
@@ -172,8 +173,8 @@ std::optional<SettingsView> ReadSettings(const Model& model,
 
 template <typename DevMode>
 void FillSettings(const SettingsView& view, bool is_listed_mode, DevMode* dm) {
-  dm->dmFields = is_listed_mode ? kCurrentFields & ~static_cast<DWORD>(DM_POSITION)
-                                : kCurrentFields;
+  dm->dmFields =
+      is_listed_mode ? kCurrentFields & ~static_cast<DWORD>(DM_POSITION) : kCurrentFields;
   dm->dmSpecVersion = DM_SPECVERSION;
   dm->dmDriverVersion = DM_SPECVERSION;
   dm->dmPosition.x = view.x;
@@ -274,11 +275,12 @@ LONG Change(const char* function, LPCSTR device, LPDEVMODEA dm, HWND window, DWO
                    : ResultOfChange(device, dm, window, flags, param);
   LeaveDirtyLastError();
   const char* shown = device != nullptr ? device : "null";
-  if (dm == nullptr) return static_cast<LONG>(call.Changed(result, "%s null flags=0x%lx", shown, flags));
-  return static_cast<LONG>(call.Changed(
-      result, "%s %lux%lux%lu@%lu at %ld,%ld fields=0x%lx flags=0x%lx", shown, dm->dmPelsWidth,
-      dm->dmPelsHeight, dm->dmBitsPerPel, dm->dmDisplayFrequency, dm->dmPosition.x,
-      dm->dmPosition.y, dm->dmFields, flags));
+  if (dm == nullptr)
+    return static_cast<LONG>(call.Changed(result, "%s null flags=0x%lx", shown, flags));
+  return static_cast<LONG>(
+      call.Changed(result, "%s %lux%lux%lu@%lu at %ld,%ld fields=0x%lx flags=0x%lx", shown,
+                   dm->dmPelsWidth, dm->dmPelsHeight, dm->dmBitsPerPel, dm->dmDisplayFrequency,
+                   dm->dmPosition.x, dm->dmPosition.y, dm->dmFields, flags));
 }
 
 LONG WINAPI FakeChangeDisplaySettingsA(LPDEVMODEA dm, DWORD flags) {

@@ -30,8 +30,8 @@ void CopyText(Character* to, size_t room, const std::basic_string<Character>& te
   to[length] = Character();
 }
 
-/// The rule of the functions that give a string back by length: with enough room the text and its length, otherwise
-/// the room that is needed, terminating zero included.
+/// The rule of the functions that give a string back by length: with enough room the text and its
+/// length, otherwise the room that is needed, terminating zero included.
 template <typename Character>
 DWORD GiveText(const std::basic_string<Character>& text, Character* to, DWORD room) {
   if (to == nullptr || room <= text.size()) return static_cast<DWORD>(text.size() + 1);

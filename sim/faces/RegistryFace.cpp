@@ -1,4 +1,5 @@
-// The registry functions over the values that the model holds. Nothing of the real registry shows through.
+// The registry functions over the values that the model holds. Nothing of the real registry shows
+// through.
 #include <algorithm>
 #include <map>
 
@@ -15,7 +16,8 @@ struct OpenKey {
   REGSAM access;
 };
 
-// Handles are never used twice, so that one that outlives its machine cannot be taken for another's.
+// Handles are never used twice, so that one that outlives its machine cannot be taken for
+// another's.
 std::map<HKEY, OpenKey>& OpenKeys() {
   static std::map<HKEY, OpenKey> keys;
   return keys;
@@ -103,9 +105,8 @@ LSTATUS WINAPI FakeRegQueryValueExA(HKEY key, LPCSTR value, LPDWORD reserved, LP
                                     LPBYTE buffer, LPDWORD size) {
   Call call("RegQueryValueExA");
   const std::string name = OrEmpty(value);
-  const LSTATUS status = call.Fails()
-                             ? static_cast<LSTATUS>(FaultOr(call, ERROR_FILE_NOT_FOUND))
-                             : QueryValue(key, name, true, reserved, type, buffer, size);
+  const LSTATUS status = call.Fails() ? static_cast<LSTATUS>(FaultOr(call, ERROR_FILE_NOT_FOUND))
+                                      : QueryValue(key, name, true, reserved, type, buffer, size);
   LeaveDirtyLastError();
   return static_cast<LSTATUS>(call.Read(status, "%s", name.c_str()));
 }
@@ -114,9 +115,8 @@ LSTATUS WINAPI FakeRegQueryValueExW(HKEY key, LPCWSTR value, LPDWORD reserved, L
                                     LPBYTE buffer, LPDWORD size) {
   Call call("RegQueryValueExW");
   const std::string name = NarrowOrEmpty(value);
-  const LSTATUS status = call.Fails()
-                             ? static_cast<LSTATUS>(FaultOr(call, ERROR_FILE_NOT_FOUND))
-                             : QueryValue(key, name, false, reserved, type, buffer, size);
+  const LSTATUS status = call.Fails() ? static_cast<LSTATUS>(FaultOr(call, ERROR_FILE_NOT_FOUND))
+                                      : QueryValue(key, name, false, reserved, type, buffer, size);
   LeaveDirtyLastError();
   return static_cast<LSTATUS>(call.Read(status, "%s", name.c_str()));
 }
@@ -202,8 +202,8 @@ LSTATUS WINAPI FakeSHGetValueA(HKEY key, LPCSTR subkey, LPCSTR value, DWORD* typ
     status = OpenKeyAt(key, OrEmpty(subkey), KEY_READ, &open);
   }
   if (status == ERROR_SUCCESS) {
-    status = QueryValue(open, OrEmpty(value), true, nullptr, type, static_cast<LPBYTE>(buffer),
-                        size);
+    status =
+        QueryValue(open, OrEmpty(value), true, nullptr, type, static_cast<LPBYTE>(buffer), size);
     LedgerGive(kKeyKind, open);
     OpenKeys().erase(open);
   }

@@ -1,4 +1,5 @@
-// The registry of the simulated machine, as far as somebody asks for it: keys by path, data by name, handles.
+// The registry of the simulated machine, as far as somebody asks for it: keys by path, data by
+// name, handles.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Device lists: the display adapters and the monitors that are present, their properties, and the configuration
-// manager's word on them.
+// Device lists: the display adapters and the monitors that are present, their properties, and the
+// configuration manager's word on them.
 #include <guiddef.h>
 
 #include <cstring>
@@ -165,7 +165,8 @@ std::optional<Property> MonitorProperty(DWORD property) {
 }
 
 std::optional<Property> PropertyOf(const Model& model, DWORD instance, DWORD property) {
-  if (const Adapter* adapter = AdapterOf(model, instance)) return AdapterProperty(*adapter, property);
+  if (const Adapter* adapter = AdapterOf(model, instance))
+    return AdapterProperty(*adapter, property);
   if (ConnectorOf(model, instance) != nullptr) return MonitorProperty(property);
   return std::nullopt;
 }

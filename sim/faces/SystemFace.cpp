@@ -1,5 +1,5 @@
-// What the DLL is told of the system and of its host: version, edition, environment, command line, folders, processes,
-// sound devices.
+// What the DLL is told of the system and of its host: version, edition, environment, command line,
+// folders, processes, sound devices.
 #include <algorithm>
 #include <map>
 
@@ -143,8 +143,7 @@ DWORD WINAPI FakeGetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD room
   const std::optional<std::wstring> value =
       call.Fails() || name == nullptr ? std::nullopt : Variable(Narrow(name));
   if (!value) return static_cast<DWORD>(Refuse(call, ERROR_ENVVAR_NOT_FOUND));
-  return static_cast<DWORD>(
-      call.Read(GiveText(*value, buffer, room), "%s", Narrow(name).c_str()));
+  return static_cast<DWORD>(call.Read(GiveText(*value, buffer, room), "%s", Narrow(name).c_str()));
 }
 
 // Both give the length with the terminating zero, whether the text fitted or not.
@@ -324,8 +323,8 @@ BOOL WINAPI FakeProcess32NextW(HANDLE snapshot, LPPROCESSENTRY32W record) {
 
 // No program of this machine can be started; whoever simulates one puts it in the way.
 BOOL WINAPI FakeCreateProcessA(LPCSTR application, LPSTR line, LPSECURITY_ATTRIBUTES,
-                               LPSECURITY_ATTRIBUTES, BOOL, DWORD, LPVOID, LPCSTR,
-                               LPSTARTUPINFOA, LPPROCESS_INFORMATION) {
+                               LPSECURITY_ATTRIBUTES, BOOL, DWORD, LPVOID, LPCSTR, LPSTARTUPINFOA,
+                               LPPROCESS_INFORMATION) {
   Call call("CreateProcessA");
   const char* shown = line != nullptr ? line : application != nullptr ? application : "null";
   call.Changed(FALSE, "%s", shown);

@@ -188,7 +188,8 @@ TEST(MachineFile, EveryIllTypedOrImpossibleFieldIsNamed) {
       {"version = \"win7\"", "version = \"win9\"", "no such Windows"},
       {"kind = \"intel\"", "kind = \"matrox\"", "no such adapter"},
       {"kind = \"intel\"", "kind = \"intel\"\nheads = 1.5", "\"adapter.heads\": a whole number"},
-      {"kind = \"intel\"", "kind = \"intel\"\nsources = -1", "\"adapter.sources\": a number from 0"},
+      {"kind = \"intel\"", "kind = \"intel\"\nsources = -1",
+       "\"adapter.sources\": a number from 0"},
       {"kind = \"intel\"", "kind = \"intel\"\ndisabled = 1", "\"adapter.disabled\": true or false"},
       {"id = \"internal\"", "id = \"internal\"\nadapter = 1", "\"connector.adapter\""},
       {"id = \"internal\"", "id = \"special\"", "\"connector.technology\": is missing"},
@@ -196,13 +197,15 @@ TEST(MachineFile, EveryIllTypedOrImpossibleFieldIsNamed) {
        "\"connector.monitor.modes\": a list"},
       {"native = \"1366x768\"", "native = \"1366x768\"\nmodes = [\"800\"]", "\"800\" is no"},
       {"native = \"1366x768\"", "native = \"1366x768\"\nmodes = [800]", "a text is needed"},
-      {"native = \"1366x768\"", "native = \"1366x768\"\nedid = \"00ff\"", "\"connector.monitor.edid\""},
+      {"native = \"1366x768\"", "native = \"1366x768\"\nedid = \"00ff\"",
+       "\"connector.monitor.edid\""},
       {"native = \"1366x768\"", "native = \"1366x768\"\nedid = 1", "\"connector.monitor.edid\""},
       {"native = \"1366x768\"", "native = \"9999x768\"", "\"connector.monitor.native\""},
       {"kind = \"single\"", "kind = \"span\"", "\"topology.kind\""},
       {"kind = \"single\"", "kind = \"clone\"", "\"topology.connectors\""},
       {"connectors = [\"internal\"]", "connectors = [\"crt\"]", "there is no connector \"crt\""},
-      {"[topology]", "[sound]\nwave_out_devices = \"two\"\n[topology]", "\"sound.wave_out_devices\""},
+      {"[topology]", "[sound]\nwave_out_devices = \"two\"\n[topology]",
+       "\"sound.wave_out_devices\""},
       {"[topology]", "[registry.A]\nx = true\n[topology]", "\"registry.A.x\""},
       {"[topology]", "[config]\nx = 1\n[topology]", "\"config.x\": a table is needed"},
       {"[topology]", "[topology", "line "},
@@ -211,6 +214,23 @@ TEST(MachineFile, EveryIllTypedOrImpossibleFieldIsNamed) {
     const std::string complaint = ComplaintOf(With(row.from, row.to));
     EXPECT_NE(complaint.find(row.field), std::string::npos) << row.field << " -> " << complaint;
     EXPECT_EQ(complaint.find("small.toml, line "), 0u) << complaint;
+  }
+}
+
+// The checkout that this test was built from.
+std::string Checkout() {
+  const std::string file = __FILE__;
+  return file.substr(0, file.rfind("sim/tests/"));
+}
+
+TEST(MachineFile, EveryNotebookOfTheFolderStartsWithItsPanelAlone) {
+  for (const char* name :
+       {"intel-panel-crt", "intel-panel-hdmi", "intel-panel-crt-hdmi", "nvidia-panel-crt",
+        "intel-nvidia", "amd-panel-hdmi", "displaylink-intel", "xp-nvidia", "vista-nvidia",
+        "server2008", "win7-starter"}) {
+    const Model model = LoadMachineFile(Checkout() + "machines/" + name + ".toml");
+    EXPECT_EQ(DescribeTopology(model), "single internal") << name;
+    EXPECT_GE(ConnectedIds(model).size(), 2u) << name;
   }
 }
 

@@ -9,18 +9,16 @@
 namespace sim {
 namespace {
 
-Model PanelAndCrt() {
-  return ParseShortForm("win7 intel: internal 1366x768 active, crt 1024x768");
-}
+Model PanelAndCrt() { return ParseShortForm("win7 intel: internal 1366x768 active, crt 1024x768"); }
 
 TEST(Model, TopologyIsToldInModelOrder) {
   EXPECT_EQ(DescribeTopology(PanelAndCrt()), "single internal");
-  EXPECT_EQ(DescribeTopology(ParseShortForm(
-                "win7 intel: clone internal 1366x768 active, crt 1024x768 active")),
-            "clone internal+crt");
   EXPECT_EQ(DescribeTopology(
-                ParseShortForm("win7 intel: internal 1366x768 active, crt 1024x768 active")),
-            "extend internal+crt");
+                ParseShortForm("win7 intel: clone internal 1366x768 active, crt 1024x768 active")),
+            "clone internal+crt");
+  EXPECT_EQ(
+      DescribeTopology(ParseShortForm("win7 intel: internal 1366x768 active, crt 1024x768 active")),
+      "extend internal+crt");
   EXPECT_EQ(DescribeTopology(ParseShortForm("win7 intel: internal 1366x768")), "none");
 }
 
@@ -33,7 +31,8 @@ TEST(Model, MixtureOfCloneAndExtensionNamesBothParts) {
 }
 
 TEST(Model, ConnectedNeedsAMonitorAndAWorkingAdapter) {
-  Model model = ParseShortForm("win7 intel, nvidia: internal 1366x768 active, hdmi@2 800x600, dp@2");
+  Model model =
+      ParseShortForm("win7 intel, nvidia: internal 1366x768 active, hdmi@2 800x600, dp@2");
   EXPECT_EQ(ConnectedIds(model), (std::vector<std::string>{"internal", "hdmi"}));
   model.adapters[1].disabled = true;
   EXPECT_EQ(ConnectedIds(model), (std::vector<std::string>{"internal"}));
@@ -62,7 +61,8 @@ TEST(Topology, BestModeOfOneDisplayIsItsNativeOne) {
 }
 
 TEST(Topology, OpenFrequencyPrefers60ThenTheHigher) {
-  const std::vector<DisplayMode> modes = {{800, 600, 32, 56}, {800, 600, 32, 60}, {800, 600, 32, 75}};
+  const std::vector<DisplayMode> modes = {
+      {800, 600, 32, 56}, {800, 600, 32, 60}, {800, 600, 32, 75}};
   EXPECT_EQ(FindMode(modes, {800, 600, 32, 0})->frequency, 60u);
   EXPECT_EQ(FindMode({modes[0], modes[2]}, {800, 600, 32, 0})->frequency, 75u);
   EXPECT_FALSE(FindMode(modes, {800, 600, 16, 0}).has_value());
@@ -72,14 +72,15 @@ TEST(Topology, PathsAreRefusedOverTwoAdaptersTwiceOrBeyondTheHeads) {
   Model model = ParseShortForm(
       "win7 intel, nvidia: internal 1366x768 active, crt 1024x768, hdmi 800x600, dp@2 800x600, tv");
   EXPECT_TRUE(PathsAreDrivable(model, {{0, 0}, {1, 1}}));
-  EXPECT_FALSE(PathsAreDrivable(model, {{0, 3}}));                  // source and target of two adapters
-  EXPECT_FALSE(PathsAreDrivable(model, {{0, 0}, {1, 0}}));          // one target twice
+  EXPECT_FALSE(PathsAreDrivable(model, {{0, 3}}));          // source and target of two adapters
+  EXPECT_FALSE(PathsAreDrivable(model, {{0, 0}, {1, 0}}));  // one target twice
   EXPECT_FALSE(PathsAreDrivable(model, {{0, 0}, {0, 1}, {1, 2}}));  // three on two heads
   EXPECT_FALSE(PathsAreDrivable(model, {{0, 4}}));                  // nothing plugged in
 }
 
 TEST(Topology, DefaultCloneStaysOnOneAdapter) {
-  const Model split = ParseShortForm("win7 intel, nvidia: internal 1366x768 active, hdmi@2 800x600");
+  const Model split =
+      ParseShortForm("win7 intel, nvidia: internal 1366x768 active, hdmi@2 800x600");
   EXPECT_FALSE(NamedTopology(split, kTopologyClone, false, nullptr).has_value());
   EXPECT_TRUE(NamedTopology(split, kTopologyExtend, false, nullptr).has_value());
 }
@@ -114,8 +115,7 @@ TEST(Topology, OverlappingAndDistantDesktopsMoveToTheRight) {
 }
 
 TEST(Topology, PlacingKeepsWhatTouches) {
-  const Model model =
-      ParseShortForm("win7 intel: internal 1024x768 active, crt 1024x768 active");
+  const Model model = ParseShortForm("win7 intel: internal 1024x768 active, crt 1024x768 active");
   Arrangement arrangement = CurrentArrangement(model);
   arrangement.sources[1].x = 0;
   arrangement.sources[1].y = -768;
@@ -180,8 +180,7 @@ TEST(EdidMaker, RefreshRateSurvivesTruncation) {
       const double vertical = width / 2 + (e[61] & 15) * 256 + e[60];
       const double clock = e[54] + e[55] * 256.0;
       EXPECT_NE(e[54], 0);
-      EXPECT_EQ(static_cast<uint32_t>(clock * 10000 / (horizontal * vertical)), frequency)
-          << width;
+      EXPECT_EQ(static_cast<uint32_t>(clock * 10000 / (horizontal * vertical)), frequency) << width;
     }
   }
 }

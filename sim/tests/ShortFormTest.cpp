@@ -22,9 +22,9 @@ TEST(ShortForm, WindowsWordsHaveTheirVersionNumbers) {
     const char* word;
     uint32_t major, minor;
     int type, product;
-  } rows[] = {{"win10", 10, 0, 1, 48}, {"win8", 6, 2, 1, 48},   {"win7", 6, 1, 1, 48},
+  } rows[] = {{"win10", 10, 0, 1, 48},      {"win8", 6, 2, 1, 48}, {"win7", 6, 1, 1, 48},
               {"win7starter", 6, 1, 1, 11}, {"vista", 6, 0, 1, 6}, {"2008", 6, 0, 3, 7},
-              {"2008r2", 6, 1, 3, 7},  {"2003", 5, 2, 3, -1},   {"xp", 5, 1, 1, -1}};
+              {"2008r2", 6, 1, 3, 7},       {"2003", 5, 2, 3, -1}, {"xp", 5, 1, 1, -1}};
   for (const auto& row : rows) {
     const Model model = ParseShortForm(std::string(row.word) + " intel: internal 800x600 active");
     EXPECT_EQ(model.windows.major, row.major) << row.word;
@@ -39,9 +39,11 @@ TEST(ShortForm, AdapterWordsHaveTheirVendorDigits) {
   const struct {
     const char* word;
     const char* digits;
-  } rows[] = {{"intel", "8086"}, {"nvidia", "10DE"}, {"amd", "1002"}, {"sis", "1039"}, {"via", "1106"}};
+  } rows[] = {
+      {"intel", "8086"}, {"nvidia", "10DE"}, {"amd", "1002"}, {"sis", "1039"}, {"via", "1106"}};
   for (const auto& row : rows) {
-    const Model model = ParseShortForm(std::string("win7 ") + row.word + ": internal 800x600 active");
+    const Model model =
+        ParseShortForm(std::string("win7 ") + row.word + ": internal 800x600 active");
     const std::string& id = model.adapters[0].hardware_id;
     EXPECT_EQ(id.substr(id.find('_') + 1, 4), row.digits);
   }
@@ -116,7 +118,8 @@ TEST(ShortForm, ComplaintNamesTheWord) {
       {"win7 intel: crt 800x600, crt 800x600", "stands there already"},
       {"win7 intel: internal 800x600,", "an empty connector"},
       {"win7 intel: internal active", "cannot be shown"},
-      {"win7 intel, nvidia: clone internal 800x600 active, hdmi@2 800x600 active", "cannot be shown"},
+      {"win7 intel, nvidia: clone internal 800x600 active, hdmi@2 800x600 active",
+       "cannot be shown"},
       {"", "no \":\""},
   };
   for (const auto& row : rows) {

@@ -1,4 +1,3 @@
-#include <array>
 #include <boost/lexical_cast.hpp>
 #include <boost/tokenizer.hpp>
 #include <vector>
@@ -13,8 +12,10 @@ bool ParseVersion(const std::string& text, uint16_t* first, uint16_t* second, ui
   std::vector<uint32_t> numbers;
   for (const std::string& token : tokens) numbers.push_back(boost::lexical_cast<uint32_t>(token));
 
-  const std::array<uint16_t*, 4> outputs = {first, second, third, fourth};
-  if (numbers.size() < outputs.size()) return false;
-  for (size_t i = 0; i < outputs.size(); ++i) *outputs[i] = static_cast<uint16_t>(numbers[i]);
+  if (numbers.size() < 4) return false;
+  *first = static_cast<uint16_t>(numbers[0]);
+  *second = static_cast<uint16_t>(numbers[1]);
+  *third = static_cast<uint16_t>(numbers[2]);
+  *fourth = static_cast<uint16_t>(numbers[3]);
   return true;
 }

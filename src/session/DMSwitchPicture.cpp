@@ -9,7 +9,9 @@ namespace {
 class ScreenDC {
  public:
   ScreenDC() : dc_(GetDC(nullptr)) {}
-  ~ScreenDC() { ReleaseDC(nullptr, dc_); }
+  ~ScreenDC() {
+    if (dc_ != nullptr) ReleaseDC(nullptr, dc_);
+  }
   ScreenDC(const ScreenDC&) = delete;
   ScreenDC& operator=(const ScreenDC&) = delete;
   HDC get() const { return dc_; }
@@ -26,7 +28,7 @@ class BitmapDC {
   ~BitmapDC() {
     SelectObject(dc_, old_);
     DeleteObject(bitmap_);
-    DeleteDC(dc_);
+    if (dc_ != nullptr) DeleteDC(dc_);
   }
   BitmapDC(const BitmapDC&) = delete;
   BitmapDC& operator=(const BitmapDC&) = delete;

@@ -278,7 +278,7 @@ TEST(Config, TenMegabytesAreRead) {
   Machine machine(kNotebook);
   std::string text = "[Other]\n";
   const std::string line = "; " + std::string(1000, 'x') + "\n";
-  while (text.size() < 10 * 1024 * 1024) text += line;
+  while (text.size() < size_t{10} * 1024 * 1024) text += line;
   text += "[Settings]\nDisable In Extend Mode=7\n";
   WriteFileText(ConfigPath(machine), text);
   Host host(machine);

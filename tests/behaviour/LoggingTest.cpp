@@ -139,23 +139,24 @@ TEST(Log, FileIsSharedWithOthersThatWrite) {
 TEST(Log, RecordsOfSeveralThreadsStayWhole) {
   Machine machine(kNotebook);
   Host host(machine);
-  constexpr int kThreads = 4;
-  constexpr int kRecords = 100;
+  constexpr size_t kThreads = 4;
+  constexpr size_t kRecords = 100;
   std::vector<std::thread> threads;
-  for (int thread = 0; thread < kThreads; ++thread) {
+  threads.reserve(kThreads);
+  for (size_t thread = 0; thread < kThreads; ++thread) {
     threads.emplace_back([&host, thread] {
       const std::string text = "record of thread " + std::to_string(thread) + " end";
-      for (int i = 0; i < kRecords; ++i) host.Info(text.c_str());
+      for (size_t i = 0; i < kRecords; ++i) host.Info(text.c_str());
     });
   }
   for (std::thread& thread : threads) thread.join();
   const std::string messages = Messages(host.Log());
   size_t whole = 0;
-  for (int thread = 0; thread < kThreads; ++thread) {
+  for (size_t thread = 0; thread < kThreads; ++thread) {
     whole += CountOf(messages, "record of thread " + std::to_string(thread) + " end\n");
   }
-  EXPECT_EQ(whole, size_t{kThreads * kRecords});
-  EXPECT_EQ(CountOf(messages, "\n"), size_t{kThreads * kRecords});
+  EXPECT_EQ(whole, kThreads * kRecords);
+  EXPECT_EQ(CountOf(messages, "\n"), kThreads * kRecords);
 }
 
 // --- Standard error and the other destinations.

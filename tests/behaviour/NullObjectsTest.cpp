@@ -1,6 +1,8 @@
 // The contract that every back-end shares, and the objects that stand for nothing.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "tests/behaviour/CoreHost.h"
 #include "tests/support/FakeMonitor.h"
 

@@ -85,7 +85,7 @@ def main():
             sound = not checks[name](pe)
             caught = sound and bool(checks[name](PeFile(mutate(data))))
             tell(caught, f"{name.replace('_', ' ')}: {wrong} is noticed")
-        print(f"Ostrel.dll has {len(data)} bytes, imports from {', '.join(sorted(pe.imported_libraries()))}")
+        print(f"NOTE Ostrel.dll has {len(data)} bytes, imports from {', '.join(sorted(pe.imported_libraries()))}")
     except (OSError, ValueError, StopIteration) as error:
         tell(False, f"{library}: {error}")
     with open(result_file, "w", encoding="ascii") as file:

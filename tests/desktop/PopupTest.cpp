@@ -76,6 +76,8 @@ class DesktopPopup : public Desktop {
                             window_class.hInstance, nullptr);
     ASSERT_NE(host_, nullptr);
     Config("Settings", "Prefer Windows 7 CCD API", 1);
+    Config("PM:800x600", "Support This Mode", 0);
+    Config("PM:1024x768", "Support This Mode", 0);
     Load();
   }
   void TearDown() override {
@@ -139,8 +141,8 @@ TEST_F(DesktopPopup, OneRealDisplayIsOneHighlightedPicture) {
   EXPECT_EQ(OutputsThatAreOn(), kBothOn);
 }
 
-// A panel and a DVI display, told by an object in the place of a vendor's: no presentation modes
-// between the pictures.
+// A panel and a DVI display, told by an object in the place of a vendor's. Four items, no
+// presentation modes among them.
 TEST_F(DesktopPopup, SecondPressMovesTheFrame) {
   auto script = std::make_shared<FakeScript>();
   script->connected = script->active = IMMonitor::MD_NB | IMMonitor::MD_DVI;

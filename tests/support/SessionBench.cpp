@@ -77,6 +77,11 @@ SessionBench::SessionBench(const std::string& text)
   machine.Config("PM:1024x768", "Support This Mode", 0);
 }
 
+SessionBench::~SessionBench() {
+  script->on_call = nullptr;
+  if (ostrel_) ostrel_->DeInit();
+}
+
 void SessionBench::Load() { ostrel_.emplace(machine, sim::Library::Build::kWhiteBox); }
 
 BOOL SessionBench::Ready(IMMonitor* object, uint16_t vendor) {

@@ -35,6 +35,10 @@ class SessionBench {
 
   explicit SessionBench(
       const std::string& text = "win7 intel: internal 1366x768 active, crt 1024x768");
+  /// Ends the switch side, so that whatever the library still holds after that is a leak.
+  ~SessionBench();
+  SessionBench(const SessionBench&) = delete;
+  SessionBench& operator=(const SessionBench&) = delete;
 
   /// Loads the library over an object of type Object and readies the switch side. @return what
   /// Ostrel_Init gave
@@ -51,7 +55,6 @@ class SessionBench {
   sim::Library& ostrel() { return *ostrel_; }
   const SessionBox& box() { return *ostrel_->white_box().session; }
   SessionState State() { return box().State(); }
-  void Unload() { ostrel_.reset(); }
 
   /// The list, one item a line: "<mode> 0x<displays> icon <row>", with " type <n>" behind a
   /// presentation item.

@@ -87,6 +87,7 @@ BOOL Initial() { return DMSwitch::s_self->Initial(); }
 BOOL ShowPopup() { return DMSwitch::s_self->ShowPopup(); }
 void MoveSelection(bool forward) { DMSwitch::s_self->MoveSelection(forward); }
 void SelectItem(uint32_t icon_index) { DMSwitch::s_self->SelectItem(icon_index); }
+void ClosePopup() { DMSwitch::s_self->ClosePopup(); }
 BOOL ApplySelection() { return DMSwitch::s_self->ApplySelection(); }
 void EndSession() { DMSwitch::s_self->EndSession(); }
 BOOL SaveCurrentMode() { return DMSwitch::s_self->SaveCurrentMode(); }
@@ -112,6 +113,7 @@ const SessionBox kBox = {
     ShowPopup,
     MoveSelection,
     SelectItem,
+    ClosePopup,
     ApplySelection,
     EndSession,
     SaveCurrentMode,

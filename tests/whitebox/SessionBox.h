@@ -64,6 +64,7 @@ struct SessionBox {
   BOOL (*ShowPopup)();
   void (*MoveSelection)(bool forward);
   void (*SelectItem)(uint32_t icon_index);
+  void (*ClosePopup)();
   BOOL (*ApplySelection)();
   void (*EndSession)();
   BOOL (*SaveCurrentMode)();
