@@ -14,8 +14,21 @@ bool Ledger::Give(const std::string& kind, uint64_t what) {
   Lock lock(mutex_);
   const auto entry = held_.find({kind, what});
   if (entry == held_.end()) return false;
-  if (--entry->second == 0) held_.erase(entry);
+  const uint32_t left = --entry->second;
+  if (left == 0) held_.erase(entry);
+  const auto resident = resident_.find({kind, what});
+  if (resident != resident_.end() && resident->second > left) resident->second = left;
   return true;
+}
+
+void Ledger::MarkResident() {
+  Lock lock(mutex_);
+  resident_ = held_;
+}
+
+void Ledger::Settle() {
+  Lock lock(mutex_);
+  resident_.clear();
 }
 
 bool Ledger::Holds(const std::string& kind, uint64_t what) const {
@@ -35,12 +48,16 @@ uint32_t Ledger::Count(const std::string& kind) const {
 void Ledger::Clear() {
   Lock lock(mutex_);
   held_.clear();
+  resident_.clear();
 }
 
 std::string Ledger::Outstanding() const {
   Lock lock(mutex_);
   std::string text;
-  for (const auto& [key, times] : held_) {
+  for (const auto& [key, held] : held_) {
+    const auto resident = resident_.find(key);
+    const uint32_t times = held - (resident == resident_.end() ? 0 : resident->second);
+    if (times == 0) continue;
     char number[64];
     std::snprintf(number, sizeof(number), " 0x%" PRIx64, key.second);
     text += key.first + number;

@@ -18,12 +18,19 @@ class Ledger {
   bool Holds(const std::string& kind, uint64_t what) const;
   uint32_t Count(const std::string& kind) const;
   void Clear();
+  /// What is held now belongs to the DLL from its load to its unload, as the log file does, and is not told by
+  /// Outstanding() until Settle().
+  void MarkResident();
+  /// The DLL is gone: nothing has a right to be held any more.
+  void Settle();
   /// "device list 0x1f0\nkey 0x20 (2 times)\n"; "" when balanced.
   std::string Outstanding() const;
 
  private:
   mutable Mutex mutex_;
-  std::map<std::pair<std::string, uint64_t>, uint32_t> held_;
+  using Key = std::pair<std::string, uint64_t>;
+  std::map<Key, uint32_t> held_;
+  std::map<Key, uint32_t> resident_;  // how many of the held ones are
 };
 
 }  // namespace sim

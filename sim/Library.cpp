@@ -138,6 +138,7 @@ void Library::Implementation::Unload() {
   if (GetModuleHandleW(path) != nullptr) ReportFailure("the DLL is still loaded after its unload");
   UnregisterClasses(state);
   state.clock.ForgetProceduresIn(range.begin, range.end);
+  state.ledger.Settle();
   const std::string outstanding = state.ledger.Outstanding();
   if (!outstanding.empty() && !forgiven) {
     ReportFailure("not given back by the unload of the DLL:\n" + outstanding);
@@ -162,6 +163,7 @@ Library::Library(Machine& machine, Build build) : implementation_(nullptr) {
     implementation->Unload();
     throw;
   }
+  machine.state().ledger.MarkResident();
   implementation_ = implementation.release();
 }
 

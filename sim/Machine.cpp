@@ -103,6 +103,7 @@ std::unique_ptr<Machine::State> NewState(Model model) {
   state->host.folder = state->root + L"\\host";
   state->host.temp_folder = state->root + L"\\temp";
   state->host.appdata_folder = state->root + L"\\appdata";
+  DeleteFolder(state->root);  // what a crashed run with the same process number left
   MakeFolder(state->root);
   MakeFolder(state->host.folder);
   MakeFolder(state->host.temp_folder);

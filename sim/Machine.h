@@ -95,7 +95,8 @@ class Machine {
   void JournalReads(bool on);
   uint32_t Calls(const std::string& function) const;  // how often a simulated function was called so far
 
-  // --- Ledger: what was handed to the DLL and not given back, one line each; "" when balanced.
+  // --- Ledger: what was handed to the DLL and not given back, one line each; "" when balanced. What the DLL holds from
+  // its load to its unload (the log file) counts only after the unload.
   std::string Outstanding() const;
 
   // --- Time. Virtual unless UseRealTime() was called before the library was loaded.

@@ -289,7 +289,7 @@ void ReadTopology(Fields fields, Model* model) {
 }
 
 // Tables whose keys are free: values by name, told as texts.
-std::map<std::string, std::string> ReadValues(Fields fields, const char* number_prefix) {
+std::map<std::string, std::string> ReadValues(const Fields& fields, const char* number_prefix) {
   std::map<std::string, std::string> values;
   for (const auto& [key, node] : fields.table()) {
     const std::string name(key.str());

@@ -69,7 +69,7 @@ constexpr RealImports kRealImports[] = {
      "_wtol _wcstoi64 _wcstoui64 _itoa _ltoa _ultoa _i64toa _ui64toa _itow _ultow sprintf snprintf _snprintf _snprintf_s "
      "sprintf_s swprintf swprintf_s _snwprintf _snwprintf_s sscanf sscanf_s swscanf swscanf_s vsprintf vsprintf_s "
      "vswprintf _vsnprintf _vsnwprintf vsnprintf _vscprintf _vscwprintf _scprintf _scwprintf printf fprintf vfprintf "
-     "vprintf fputc fputs fputwc fputws fwrite fread fgetc fgets fgetwc ungetc ungetwc putc getc getwc putwc puts fflush "
+     "vprintf fwprintf vfwprintf fputc fputs fputwc fputws fwrite fread fgetc fgets fgetwc ungetc ungetwc putc getc getwc putwc puts fflush "
      "fopen _wfopen fopen_s fdopen _fdopen fclose fseek ftell rewind setvbuf fgetpos fsetpos _fseeki64 _ftelli64 ferror "
      "feof clearerr fileno _fileno _read _write _close _open _wopen _lseek _lseeki64 _fstat64 _filelengthi64 _setmode "
      "_isatty remove _wremove rename __iob_func _iob __acrt_iob_func "},

@@ -29,19 +29,14 @@ class Shard:
         self.announced = None
         self.disabled = 0
         self.running = None
+        self.current = []
         self.note = ""
         environment = dict(os.environ, GTEST_TOTAL_SHARDS=str(count), GTEST_SHARD_INDEX=str(index))
         self.process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                         stderr=subprocess.STDOUT)
-        self.timer = threading.Timer(timeout, self.hang)
-        self.timer.daemon = True
-        self.timer.start()
+        self.timeout = timeout
         self.reader = threading.Thread(target=self.read, daemon=True)
         self.reader.start()
-
-    def hang(self):
-        self.note = "took too long"
-        self.process.kill()
 
     def read(self):
         current = []
@@ -63,15 +58,21 @@ class Shard:
                     self.output += current
                 self.running = None
                 current = []
-        self.process.wait()
-        if self.running or self.process.returncode not in (0, 1):
-            self.output += current[-200:]
+            self.current = current
 
     def finish(self):
         """Waits for the end and gives the number of tests that count as failed."""
-        self.reader.join()
-        self.timer.cancel()
+        try:
+            self.process.wait(self.timeout)
+        except subprocess.TimeoutExpired:
+            self.note = "took too long"
+            self.process.kill()
+            self.process.wait()
+        # Wine's own processes may inherit the pipe and keep it open for longer than this one lives.
+        self.reader.join(5)
         code = self.process.returncode
+        if self.running or code not in (0, 1):
+            self.output += self.current[-200:]
         failed = len(self.failed)
         where = f" in {self.running}" if self.running else ""
         if self.announced is None:

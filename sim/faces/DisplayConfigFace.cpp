@@ -62,18 +62,20 @@ LONG WINAPI FakeSetDisplayConfig(UINT32 path_count, DISPLAYCONFIG_PATH_INFO* pat
   return static_cast<LONG>(call.Changed(result, "paths=%u flags=0x%x", path_count, flags));
 }
 
-// --- DisplayConfigGetDeviceInfo, one function per kind of record.
+// --- DisplayConfigGetDeviceInfo, one function per kind of record. A wrong size, adapter or id is a
+// general failure, an unknown kind an invalid parameter, as Windows has it and not as its
+// documentation suggests.
 
 LONG GiveSourceName(const Model& model, DISPLAYCONFIG_SOURCE_DEVICE_NAME* record) {
   const auto source = SourceById(model, record->header.adapterId, record->header.id);
-  if (!source) return ERROR_INVALID_PARAMETER;
+  if (!source) return ERROR_GEN_FAILURE;
   CopyText(record->viewGdiDeviceName, CCHDEVICENAME, Widen(model.sources[*source].device_name));
   return ERROR_SUCCESS;
 }
 
 LONG GiveTargetName(const Model& model, DISPLAYCONFIG_TARGET_DEVICE_NAME* record) {
   const auto index = ConnectorById(model, record->header.adapterId, record->header.id);
-  if (!index) return ERROR_INVALID_PARAMETER;
+  if (!index) return ERROR_GEN_FAILURE;
   const Connector& connector = model.connectors[*index];
   record->flags.value = 0;
   record->outputTechnology =
@@ -100,7 +102,7 @@ LONG GiveTargetName(const Model& model, DISPLAYCONFIG_TARGET_DEVICE_NAME* record
 
 LONG GivePreferredMode(const Model& model, DISPLAYCONFIG_TARGET_PREFERRED_MODE* record) {
   const auto index = ConnectorById(model, record->header.adapterId, record->header.id);
-  if (!index) return ERROR_INVALID_PARAMETER;
+  if (!index) return ERROR_GEN_FAILURE;
   if (!IsConnected(model, *index)) return ERROR_GEN_FAILURE;
   const DisplayMode& mode = model.connectors[*index].monitor->preferred;
   record->width = mode.width;
@@ -116,18 +118,19 @@ LONG GiveAdapterName(const Model& model, DISPLAYCONFIG_ADAPTER_NAME* record) {
         luid.HighPart != record->header.adapterId.HighPart) {
       continue;
     }
-    std::string path = adapter.hardware_id;
-    std::replace(path.begin(), path.end(), '\\', '#');
-    path = "\\\\?\\" + path + "#3&11583659&0&10#{5b45201d-f2f2-4f3b-85bb-30ff1f953599}";
+    std::string id = adapter.hardware_id;
+    std::replace(id.begin(), id.end(), '\\', '#');
+    const std::string path =
+        "\\\\?\\" + id + "#3&11583659&0&10#{5b45201d-f2f2-4f3b-85bb-30ff1f953599}";
     CopyText(record->adapterDevicePath, 128, Widen(path));
     return ERROR_SUCCESS;
   }
-  return ERROR_INVALID_PARAMETER;
+  return ERROR_GEN_FAILURE;
 }
 
 LONG GiveBaseType(const Model& model, DISPLAYCONFIG_TARGET_BASE_TYPE* record) {
   const auto index = ConnectorById(model, record->header.adapterId, record->header.id);
-  if (!index) return ERROR_INVALID_PARAMETER;
+  if (!index) return ERROR_GEN_FAILURE;
   record->baseOutputTechnology =
       static_cast<DISPLAYCONFIG_VIDEO_OUTPUT_TECHNOLOGY>(model.connectors[*index].technology);
   return ERROR_SUCCESS;
@@ -136,7 +139,7 @@ LONG GiveBaseType(const Model& model, DISPLAYCONFIG_TARGET_BASE_TYPE* record) {
 // Asks `give` when the caller's record has the size that the kind of record has.
 template <typename Record>
 LONG Give(LONG (*give)(const Model&, Record*), DISPLAYCONFIG_DEVICE_INFO_HEADER* header) {
-  if (header->size != sizeof(Record)) return ERROR_INVALID_PARAMETER;
+  if (header->size != sizeof(Record)) return ERROR_GEN_FAILURE;
   return give(CurrentModel(), reinterpret_cast<Record*>(header));
 }
 
@@ -160,7 +163,7 @@ LONG GiveDeviceInfo(DISPLAYCONFIG_DEVICE_INFO_HEADER* header) {
 LONG WINAPI FakeDisplayConfigGetDeviceInfo(DISPLAYCONFIG_DEVICE_INFO_HEADER* header) {
   Call call("DisplayConfigGetDeviceInfo");
   LeaveDirtyLastError();
-  if (header == nullptr) return static_cast<LONG>(call.Read(ERROR_INVALID_PARAMETER, "null"));
+  if (header == nullptr) return static_cast<LONG>(call.Read(ERROR_GEN_FAILURE, "null"));
   const LONG result =
       call.Fails() ? static_cast<LONG>(FaultOr(call, ERROR_GEN_FAILURE)) : GiveDeviceInfo(header);
   return static_cast<LONG>(

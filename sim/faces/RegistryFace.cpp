@@ -61,8 +61,8 @@ RegistryData Narrowed(RegistryData data) {
   return data;
 }
 
-LSTATUS QueryValue(HKEY key, const std::string& name, bool narrow, LPDWORD reserved, LPDWORD type,
-                   LPBYTE buffer, LPDWORD size) {
+LSTATUS QueryValue(HKEY key, const std::string& name, bool narrow, const DWORD* reserved,
+                   LPDWORD type, LPBYTE buffer, LPDWORD size) {
   if (reserved != nullptr || (buffer != nullptr && size == nullptr)) return ERROR_INVALID_PARAMETER;
   const std::optional<std::string> path = PathOfKey(key);
   if (!path) return ERROR_INVALID_HANDLE;

@@ -141,7 +141,7 @@ std::string FormatRegistryText(const RegistryData& data) {
     std::wstring text(data.bytes.size() / sizeof(wchar_t), L'\0');
     std::copy_n(data.bytes.begin(), text.size() * sizeof(wchar_t),
                 reinterpret_cast<uint8_t*>(text.data()));
-    return Narrow(text.c_str());
+    return Narrow(text.substr(0, text.find(L'\0')));
   }
   std::string hex = kHex;
   for (uint8_t byte : data.bytes) {

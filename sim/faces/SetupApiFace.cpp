@@ -2,6 +2,7 @@
 // configuration manager's word on them.
 #include <guiddef.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 
@@ -198,7 +199,8 @@ BOOL ReadProperty(const char* function, HDEVINFO list, const SP_DEVINFO_DATA* da
   if (required != nullptr) *required = size;
   if (type != nullptr) *type = found->type;
   if (buffer == nullptr || room < size) return Refuse(call, ERROR_INSUFFICIENT_BUFFER);
-  std::memcpy(buffer, laid.data(), size);
+  const auto* bytes = reinterpret_cast<const BYTE*>(laid.data());
+  std::copy(bytes, bytes + size, buffer);
   LeaveDirtyLastError();
   return static_cast<BOOL>(call.Read(TRUE, "0x%lx property=%lu", data->DevInst, property));
 }

@@ -322,6 +322,7 @@ BOOL WINAPI FakeProcess32NextW(HANDLE snapshot, LPPROCESSENTRY32W record) {
 }
 
 // No program of this machine can be started; whoever simulates one puts it in the way.
+// NOLINTNEXTLINE(readability-non-const-parameter): the types are those of Windows
 BOOL WINAPI FakeCreateProcessA(LPCSTR application, LPSTR line, LPSECURITY_ATTRIBUTES,
                                LPSECURITY_ATTRIBUTES, BOOL, DWORD, LPVOID, LPCSTR, LPSTARTUPINFOA,
                                LPPROCESS_INFORMATION) {

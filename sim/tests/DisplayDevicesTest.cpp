@@ -93,6 +93,7 @@ TEST(DisplaySettings, CurrentSettingsSayModePositionAndFields) {
   const DEVMODEA dm = Settings(kSecond);
   EXPECT_EQ(Told(dm), "1024x768x32@60 at 1366,0");
   EXPECT_EQ(dm.dmFields, 0x7C00A0u);
+  EXPECT_EQ(dm.dmSize, 124);  // how far Windows writes, whatever came in
 }
 
 TEST(DisplaySettings, NullDeviceIsThePrimaryOne) {

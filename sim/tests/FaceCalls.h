@@ -49,6 +49,11 @@ inline Queried Query(UINT32 flags) {
   return q;
 }
 
+/// The source mode of a path that has one.
+inline DISPLAYCONFIG_SOURCE_MODE* SourceMode(Queried* q, size_t path) {
+  return &q->modes[q->paths[path].sourceInfo.modeInfoIdx].sourceMode;
+}
+
 /// SetDisplayConfig for a named topology.
 inline LONG SetTopology(UINT32 flags) {
   return FAKE(SetDisplayConfig)(0, nullptr, 0, nullptr, flags);

@@ -41,6 +41,27 @@ TEST(Ledger, SameNumberOfAnotherKindIsAnotherThing) {
   EXPECT_TRUE(ledger.Holds("key", 0x20));
 }
 
+TEST(Ledger, ResidentIsToldOnlyAfterTheEnd) {
+  Ledger ledger;
+  ledger.Take("file", 0x10);
+  ledger.MarkResident();
+  EXPECT_EQ(ledger.Outstanding(), "");
+  ledger.Take("file", 0x10);
+  EXPECT_EQ(ledger.Outstanding(), "file 0x10\n");
+  EXPECT_TRUE(ledger.Give("file", 0x10));
+  ledger.Settle();
+  EXPECT_EQ(ledger.Outstanding(), "file 0x10\n");
+}
+
+TEST(Ledger, ResidentThatIsGivenBackIsNoLongerOne) {
+  Ledger ledger;
+  ledger.Take("file", 0x10);
+  ledger.MarkResident();
+  EXPECT_TRUE(ledger.Give("file", 0x10));
+  ledger.Take("file", 0x10);  // another with the same number
+  EXPECT_EQ(ledger.Outstanding(), "file 0x10\n");
+}
+
 TEST(Ledger, GivingBackTwiceFailsTheTest) {
   Machine machine(kSampleMachine);
   LedgerTake("key", Handle(0x20));

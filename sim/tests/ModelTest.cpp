@@ -175,9 +175,10 @@ TEST(EdidMaker, BlockHasHeaderVersionChecksumNameAndTiming) {
 TEST(EdidMaker, RefreshRateSurvivesTruncation) {
   for (uint32_t frequency : {24U, 50U, 60U, 75U, 85U}) {
     for (uint32_t width : {640U, 1366U, 1920U}) {
-      const std::vector<uint8_t> e = MakeEdid("x", {width, width / 2, 32, frequency});
+      const uint32_t height = width / 2;
+      const std::vector<uint8_t> e = MakeEdid("x", {width, height, 32, frequency});
       const double horizontal = width + (e[58] & 15) * 256 + e[57];
-      const double vertical = width / 2 + (e[61] & 15) * 256 + e[60];
+      const double vertical = height + (e[61] & 15) * 256 + e[60];
       const double clock = e[54] + e[55] * 256.0;
       EXPECT_NE(e[54], 0);
       EXPECT_EQ(static_cast<uint32_t>(clock * 10000 / (horizontal * vertical)), frequency) << width;

@@ -21,5 +21,5 @@ class RefreshRateWorkaround {
 };
 
 /// The workaround that the machine needs, owned by the caller; never null.
-/// @param m  the active display object
+/// @param m the active display object
 RefreshRateWorkaround* CreateRefreshRateWorkaround(IMMonitor* m);

@@ -63,8 +63,7 @@ bool DMSwitch::LoadBackgroundImages() {
       {&selected_image_, L"OstrelRes\\selected.png"},
   };
   for (const Background& background : backgrounds) {
-    // Deliberate: an image that a session has left behind is used again, whatever the file holds
-    // now.
+    // Deliberate: an image that a session has left behind is used again.
     if (*background.image != nullptr) continue;
     *background.image = std::make_unique<GdiImage>(PicturePath(background.file));
     if ((*background.image)->IsOk()) continue;

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 /// Waits until display changes have stopped and the selected item's settings have been put back.
-/// @param previous_mode  the mode that was left, 0 when it is not known; extended desktop takes
+/// @param previous_mode the mode that was left, 0 when it is not known; extended desktop takes
 /// longer to settle
 /// @note host thread, which it blocks for at most 20 seconds
 void RunDisplayChangeMonitor(uint32_t previous_mode);

@@ -126,6 +126,7 @@ TEST(BadInput, ModesAndMasksOutOfRangeGiveZero) {
       EXPECT_EQ(ostrel.SetNewDisplayMode(mode, displays), 0) << mode << " " << displays;
     }
   }
+  ostrel.DeInitExtendMode();
 }
 
 TEST(BadInput, EnableExtendModeTakesAnyNumber) {

@@ -49,6 +49,9 @@ struct CoreHost {
     log_taken_ = all.size();
     return taken;
   }
+  /// How many libraries the DLL holds.
+  size_t Modules() const { return CountOf(machine.Outstanding(), "module "); }
+
   /// Leaves the messages so far out of the next TakeLog.
   void ForgetLog() { TakeLog(); }
 

@@ -22,6 +22,12 @@ struct FactoryHost {
     machine.SetCommandLine(command_line);
   }
 
+  ~FactoryHost() {
+    if (ostrel != nullptr) (*this)->DeleteMultiMonitorObject();
+  }
+  FactoryHost(const FactoryHost&) = delete;
+  FactoryHost& operator=(const FactoryHost&) = delete;
+
   const FactoryBox* operator->() {
     if (ostrel == nullptr) {
       ostrel = std::make_unique<sim::Library>(machine, sim::Library::Build::kWhiteBox);
@@ -126,14 +132,18 @@ TEST(GetMultiMonitorObject, PreferredWin7CCDAnswersForEveryList) {
        {kIntel, kIntelNvidia, kIntelAmd, kNone, "win7 sis: internal 1366x768 active"}) {
     FactoryHost host(text);
     host.machine.Config("Settings", "Prefer Windows 7 CCD API", 1);
+    EXPECT_EQ(host->ActiveMonitor(), nullptr) << text;
+    const std::string at_rest = host.machine.Outstanding();  // the open log
     IMMonitor* const object = host->GetMultiMonitorObject();
     ASSERT_NE(object, nullptr) << text;
     EXPECT_EQ(object->GetVgaVendor(), 0x045Eu) << text;
+    EXPECT_NE(object->Initial(), 0) << text;
+    EXPECT_NE(host.machine.Outstanding(), at_rest) << text;
     EXPECT_EQ(host->GetMultiMonitorObject(), object) << text;
     EXPECT_EQ(host->ActiveVendor(), 0x045E) << text;
     EXPECT_EQ(host.machine.Calls("SetupDiGetClassDevsA"), 0u) << text;
     host->DeleteMultiMonitorObject();
-    EXPECT_EQ(host.machine.Outstanding(), "") << text;
+    EXPECT_EQ(host.machine.Outstanding(), at_rest) << text;
   }
 }
 
@@ -505,6 +515,7 @@ TEST(SupportNvidiaCrossAdapter, IsFalseBelowWindows7AndWithoutAnIntelObject) {
 TEST(OstrelWithoutAdapter, InitialisesButAnswersNothing) {
   sim::Machine machine(kNone);
   sim::Library ostrel(machine);
+  const std::string at_rest = machine.Outstanding();
   ASSERT_TRUE(ostrel.InitExtendMode());
   ASSERT_TRUE(ostrel.Init());
   // Every call meets a new object, which nobody has initialised.
@@ -519,15 +530,16 @@ TEST(OstrelWithoutAdapter, InitialisesButAnswersNothing) {
   EXPECT_EQ(machine.TakeJournal(), "");
   ostrel.DeInit();
   ostrel.DeInitExtendMode();
-  EXPECT_EQ(machine.Outstanding(), "");
+  EXPECT_EQ(machine.Outstanding(), at_rest);
 }
 
 TEST(OstrelWithoutAdapter, BelowWindows7CannotBeInitialised) {
   sim::Machine machine("vista none: internal 1366x768 active");
   sim::Library ostrel(machine);
+  const std::string at_rest = machine.Outstanding();
   EXPECT_EQ(ostrel.InitExtendMode(), 0);
   EXPECT_EQ(ostrel.Init(), 0);
-  EXPECT_EQ(machine.Outstanding(), "");
+  EXPECT_EQ(machine.Outstanding(), at_rest);
 }
 
 }  // namespace

@@ -82,7 +82,7 @@ TEST(NullDisplayExtension, QueryInterfaceFailsWithoutACheck) {
   ext->AddRef();
   host.ForgetLog();
   void* object = nullptr;
-  EXPECT_EQ(static_cast<uint32_t>(ext->QueryInterface(IID_IUnknown, &object)), 0x80004005u);
+  EXPECT_EQ(static_cast<uint32_t>(ext->QueryInterface(GUID(), &object)), 0x80004005u);
   EXPECT_EQ(object, nullptr);
   EXPECT_EQ(host.TakeLog(), "");
   ext->Release();

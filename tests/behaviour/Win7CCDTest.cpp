@@ -95,7 +95,7 @@ TEST(Win7CCDApi, LoadsNothingWithoutAName) {
   EXPECT_EQ(host.machine.Calls("LoadLibraryA"), loads);
   EXPECT_EQ(host.core().LoadWin7CCDApi("User32.dll"), 1);
   EXPECT_EQ(host.core().LoadWin7CCDApi("NoSuchLibrary.dll"), 0);
-  EXPECT_EQ(host.machine.Outstanding(), "");
+  EXPECT_EQ(host.Modules(), 0u);
 }
 
 // --- Without a bound API every operation gives its failure result.
@@ -154,9 +154,9 @@ TEST(Win7CCD, LastReleaseEndsTheWholeObject) {
   EXPECT_EQ(pm->AddRef(), 1u);
   EXPECT_EQ(pm->AddRef(), 2u);
   EXPECT_EQ(pm->Release(), 1u);
-  EXPECT_NE(host.machine.Outstanding(), "");  // its library
+  EXPECT_EQ(host.Modules(), 1u);  // its library
   EXPECT_EQ(pm->Release(), 0u);
-  EXPECT_EQ(host.machine.Outstanding(), "");
+  EXPECT_EQ(host.Modules(), 0u);
 }
 
 TEST(Win7CCD, QueryInterfaceFailsWithACheck) {
@@ -164,7 +164,7 @@ TEST(Win7CCD, QueryInterfaceFailsWithACheck) {
   const CcdPointer ccd = host.NewCcd();
   host.ForgetLog();
   void* object = nullptr;
-  EXPECT_EQ(static_cast<uint32_t>(ccd->QueryInterface(IID_IUnknown, &object)), 0x80004005u);
+  EXPECT_EQ(static_cast<uint32_t>(ccd->QueryInterface(GUID(), &object)), 0x80004005u);
   EXPECT_EQ(host.TakeLog(), "Check failed: 0 && \"Should never call this function\". \n");
 }
 

@@ -15,8 +15,10 @@ std::string ConfigurationFile() {
 
 DEVMODEA Placed(uint32_t width, uint32_t height, int32_t x) {
   DEVMODEA mode = Resolution(width, height);
-  mode.dmFields |= DM_POSITION;
+  mode.dmFields |= DM_POSITION | DM_BITSPERPEL | DM_DISPLAYFREQUENCY;
   mode.dmPosition.x = x;
+  mode.dmBitsPerPel = 32;
+  mode.dmDisplayFrequency = 60;
   return mode;
 }
 

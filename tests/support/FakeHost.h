@@ -28,16 +28,29 @@ struct FakeHost {
     Load();
   }
 
+  ~FakeHost() { End(); }
+  FakeHost(const FakeHost&) = delete;
+  FakeHost& operator=(const FakeHost&) = delete;
+
   const FactoryBox& factory() const { return *ostrel->white_box().factory; }
 
   /// Loads the library (anew) with the fake in place; to be called again after a change to the
   /// machine that is read once per process.
   void Load() {
+    End();
     ostrel.reset();
     script->deleted = false;
     ostrel = std::make_unique<sim::Library>(machine, sim::Library::Build::kWhiteBox);
     factory().InstallMonitor(new FakeMonitor(script), static_cast<uint16_t>(kVendorIntel));
     script->TakeCalls();
+  }
+
+  /// Ends both sides, as a host must before it unloads the library.
+  void End() {
+    if (ostrel == nullptr) return;
+    ostrel->DeInit();
+    ostrel->DeInitExtendMode();
+    factory().DeleteMultiMonitorObject();
   }
 
   /// Brings the extend-mode side up and forgets the calls that this took.

@@ -1,11 +1,10 @@
 // A notebook whose display object is the test's own, with the white-box build of the library on top
 // and the real pictures beside the host: what a test of the switch session starts from.
 //
-//   SessionBench bench;                       // panel and CRT, the panel alone active
-//   bench.machine.Config("Settings", "Retry When Operation Failed", 1);
-//   ASSERT_TRUE(bench.Start());               // loads the library, installs the object,
-//   Ostrel_Init, registers the host bench.ostrel().Run(); EXPECT_EQ(bench.Items(), "1 0x1 icon 0\n2
-//   0x3 icon 5\n...");
+// SessionBench bench; // panel and CRT, the panel alone active bench.machine.Config("Settings",
+// "Retry When Operation Failed", 1); ASSERT_TRUE(bench.Start()); // loads the library, installs the
+// object, Ostrel_Init, registers the host bench.ostrel().Run(); EXPECT_EQ(bench.Items(), "1 0x1
+// icon 0\n2 0x3 icon 5\n...");
 #pragma once
 
 #include <cstdint>

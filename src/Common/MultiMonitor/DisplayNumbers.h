@@ -1,10 +1,11 @@
-// The numbers of the display model: display flags, mode values and vendor ids, without any operating-system header, so
-// that tables and decisions made of them also build outside Windows.
+// The numbers of the display model: display flags, mode values and vendor ids, without any
+// operating-system header, so that tables and decisions made of them also build outside Windows.
 #pragma once
 
 #include <cstdint>
 
-/// Vendor ids that GetVgaVendor reports: PCI vendor ids, and pseudo-ids for objects that use no vendor's library.
+/// Vendor ids that GetVgaVendor reports: PCI vendor ids, and pseudo-ids for objects that use no
+/// vendor's library.
 constexpr uint32_t kVendorUnknown = 0;
 constexpr uint32_t kVendorAmd = 0x1002;
 constexpr uint32_t kVendorSis = 0x1039;

@@ -94,10 +94,10 @@ void StoreLastResort(const std::string& device, DEVMODEA* dm) {
 // Puts what is stored into effect. Windows moves the cursor when devices come and go.
 bool Commit() {
   POINT cursor = {};
-  GetCursorPos(&cursor);
+  const BOOL has_cursor = GetCursorPos(&cursor);
   const LONG status = ChangeDisplaySettingsExA(nullptr, nullptr, nullptr, 0, nullptr);
   // Deliberate: put back whatever the commit said.
-  SetCursorPos(cursor.x, cursor.y);
+  if (has_cursor != 0) SetCursorPos(cursor.x, cursor.y);
   return status == DISP_CHANGE_SUCCESSFUL;
 }
 

@@ -13,9 +13,7 @@ struct SIndex {
 };
 
 /// True when `value` is a position that a move can start from.
-constexpr bool IsReachable(uint32_t value) {
-  return value != SIndex::BadValue && value <= SIndex::MAX;
-}
+constexpr bool IsReachable(uint32_t value) { return value <= SIndex::MAX; }
 
 /// The position one step forward or back from `index`, wrapping round between `min` and `max`.
 constexpr uint32_t NextPosition(const SIndex& index, bool forward) {
