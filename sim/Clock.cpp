@@ -6,17 +6,15 @@ namespace sim {
 namespace {
 
 // What Windows makes of a period outside its limits.
-constexpr uint32_t kShortestPeriod = 10;          // USER_TIMER_MINIMUM
-constexpr uint32_t kLongestPeriod = 0x7fffffff;   // USER_TIMER_MAXIMUM
+constexpr uint32_t kShortestPeriod = 10;         // USER_TIMER_MINIMUM
+constexpr uint32_t kLongestPeriod = 0x7fffffff;  // USER_TIMER_MAXIMUM
 constexpr uint64_t kFileTimeTicksPerMs = 10000;
 constexpr uint64_t kMsPerMinute = 60000;
 
 // 29 August 2012, 02:36:26 UTC, in 100 ns since 1601: 04:36:26 local with the default bias.
 constexpr uint64_t kDefaultCalendar = 129906813860000000;
 
-uint64_t Interval(uint32_t period) {
-  return std::clamp(period, kShortestPeriod, kLongestPeriod);
-}
+uint64_t Interval(uint32_t period) { return std::clamp(period, kShortestPeriod, kLongestPeriod); }
 
 uint64_t Join(const FILETIME& time) {
   return (static_cast<uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;

@@ -26,13 +26,15 @@ class Clock {
   SYSTEMTIME Local() const;
   FILETIME UtcFileTime() const;
 
-  /// As SetTimer: a window's timer of the same id is replaced; without a window an unknown id gets a new one.
+  /// As SetTimer: a window's timer of the same id is replaced; without a window an unknown id gets
+  /// a new one.
   UINT_PTR Arm(HWND window, UINT_PTR id, uint32_t period, TIMERPROC procedure);
   bool Disarm(HWND window, UINT_PTR id);
   void Record(const Machine::Timer& timer);  // one that Windows itself keeps (real time)
   void ForgetWindow(HWND window);
   void ForgetProceduresIn(const void* begin, const void* end);
-  /// Takes the earliest timer due by `moment`, arms it again one period on, and returns it as it was.
+  /// Takes the earliest timer due by `moment`, arms it again one period on, and returns it as it
+  /// was.
   std::optional<Machine::Timer> NextDue(uint64_t moment);
   const std::vector<Machine::Timer>& timers() const { return timers_; }
 

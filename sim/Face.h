@@ -1,15 +1,16 @@
-// How a simulated function is written and found. A face is a table of such functions; the patcher and the simulated
-// GetProcAddress both answer from the same tables.
+// How a simulated function is written and found. A face is a table of such functions; the patcher
+// and the simulated GetProcAddress both answer from the same tables.
 //
 //   LONG WINAPI FakeSetDisplayConfig(...) {
 //     Call call("SetDisplayConfig");                 // counts, and looks for a declared fault
 //     if (call.Fails()) return call.Changed(call.FaultCode(), "paths=%u flags=0x%x", count, flags);
 //     ...
-//     return call.Changed(ERROR_SUCCESS, "paths=%u flags=0x%x", count, flags);  // journals "SetDisplayConfig(...)=0"
+//     return call.Changed(ERROR_SUCCESS, "paths=%u flags=0x%x", count, flags);  // journals
+//     "SetDisplayConfig(...)=0"
 //   }
 //
-// As rude as the documentation allows: a success may leave a dirty last error; sizes and counts are validated; an
-// output buffer is written only as far as the documented contract says.
+// As rude as the documentation allows: a success may leave a dirty last error; sizes and counts are
+// validated; an output buffer is written only as far as the documented contract says.
 #pragma once
 
 #include <cstdint>
@@ -23,7 +24,7 @@ namespace sim {
 
 /// One simulated function. `available` says whether this Windows has it at all (null: always).
 struct Entry {
-  const char* module;    // lower case, "user32.dll"
+  const char* module;  // lower case, "user32.dll"
   const char* name;
   void* function;
   bool (*available)(const Model&) = nullptr;
@@ -34,8 +35,9 @@ void* Erase(Function* function) {
   return reinterpret_cast<void*>(function);
 }
 
-/// The same for a function that might throw: an exception of the simulator must not run through frames of the DLL, so it
-/// fails the running test and the function answers 0.  Guard<FakeSleep>() instead of Erase(FakeSleep).
+/// The same for a function that might throw: an exception of the simulator must not run through
+/// frames of the DLL, so it fails the running test and the function answers 0.  Guard<FakeSleep>()
+/// instead of Erase(FakeSleep).
 void ReportException(const char* text) noexcept;
 
 template <auto kFunction>
@@ -84,16 +86,21 @@ void LedgerTake(const char* kind, const void* what);
 void LedgerGive(const char* kind, const void* what);  // an unknown handle fails the running test
 
 // The faces, one file each in sim/faces/.
-const std::vector<Entry>& DisplayDevicesFace();    // EnumDisplayDevices*, EnumDisplaySettings*, ChangeDisplaySettings*
-const std::vector<Entry>& DisplayConfigFace();     // QueryDisplayConfig and its fellows
-const std::vector<Entry>& SetupApiFace();          // SetupDi*, CM_Get_DevNode_Status
-const std::vector<Entry>& RegistryFace();          // Reg*, SHGetValueA
-const std::vector<Entry>& SystemFace();            // versions, environment, command line, folders, processes, wave out
-const std::vector<Entry>& LoaderFace();            // LoadLibrary*, GetModuleHandle*, GetProcAddress, FreeLibrary
-const std::vector<Entry>& TimeFace();              // Sleep, timers, tick counts, waits, local and system time
-const std::vector<Entry>& WindowFace();            // dialogs, layered windows, window classes, posts, cursor
-const std::vector<Entry>& GdiFace();               // GDI and GDI+: real work, counted and kept in the ledger
-const std::vector<Entry>& HandleFace();            // CloseHandle and what makes kernel handles: real, in the ledger
-const std::vector<Entry>& ComFace();               // COM classes that only the model has
+const std::vector<Entry>&
+DisplayDevicesFace();  // EnumDisplayDevices*, EnumDisplaySettings*, ChangeDisplaySettings*
+const std::vector<Entry>& DisplayConfigFace();  // QueryDisplayConfig and its fellows
+const std::vector<Entry>& SetupApiFace();       // SetupDi*, CM_Get_DevNode_Status
+const std::vector<Entry>& RegistryFace();       // Reg*, SHGetValueA
+const std::vector<Entry>&
+SystemFace();  // versions, environment, command line, folders, processes, wave out
+const std::vector<Entry>&
+LoaderFace();  // LoadLibrary*, GetModuleHandle*, GetProcAddress, FreeLibrary
+const std::vector<Entry>& TimeFace();    // Sleep, timers, tick counts, waits, local and system time
+const std::vector<Entry>& WindowFace();  // dialogs, layered windows, window classes, posts, cursor
+const std::vector<Entry>& GdiFace();     // GDI and GDI+: real work, counted and kept in the ledger
+const std::vector<Entry>&
+HandleFace();  // CloseHandle and what makes kernel handles: real, in the ledger
+const std::vector<Entry>& ComFace();      // COM classes that only the model has
+const std::vector<Entry>& RunTimeFace();  // what the C run-time tells about the process
 
 }  // namespace sim

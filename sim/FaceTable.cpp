@@ -12,9 +12,8 @@ namespace {
 using FaceFunction = const std::vector<Entry>& (*)();
 
 constexpr FaceFunction kFaces[] = {
-    DisplayDevicesFace, DisplayConfigFace, SetupApiFace, RegistryFace, SystemFace,
-    LoaderFace,         TimeFace,          WindowFace,   GdiFace,      HandleFace,
-    ComFace,
+    DisplayDevicesFace, DisplayConfigFace, SetupApiFace, RegistryFace, SystemFace, LoaderFace,
+    TimeFace,           WindowFace,        GdiFace,      HandleFace,   ComFace,    RunTimeFace,
 };
 
 std::vector<const Entry*> Collect() {

@@ -8,7 +8,8 @@
 
 namespace sim {
 
-/// Every simulated function, in no particular order. A name that two faces claim is reported as a failure once.
+/// Every simulated function, in no particular order. A name that two faces claim is reported as a
+/// failure once.
 const std::vector<const Entry*>& AllEntries();
 
 /// The simulated function `name` of `module` (lower case). Null when it is not simulated.

@@ -13,7 +13,8 @@ namespace sim {
 
 class Faults {
  public:
-  /// The nth call from now on (1 = the next) fails with `code`: that one, or that one and all behind it.
+  /// The nth call from now on (1 = the next) fails with `code`: that one, or that one and all
+  /// behind it.
   void Declare(const std::string& function, uint32_t nth, uint32_t code, bool from_then_on);
   void Clear();
   /// Counts a call; the code when this call is to fail.

@@ -1,4 +1,5 @@
-// The text journal: one line for each call that changes or validates the machine. Tests compare it whole.
+// The text journal: one line for each call that changes or validates the machine. Tests compare it
+// whole.
 #pragma once
 
 #include <string>

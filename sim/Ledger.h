@@ -1,4 +1,5 @@
-// What was handed to the DLL and not given back. The same handle may be handed out several times (a module, an atom).
+// What was handed to the DLL and not given back. The same handle may be handed out several times (a
+// module, an atom).
 #pragma once
 
 #include <cstdint>
@@ -18,8 +19,8 @@ class Ledger {
   bool Holds(const std::string& kind, uint64_t what) const;
   uint32_t Count(const std::string& kind) const;
   void Clear();
-  /// What is held now belongs to the DLL from its load to its unload, as the log file does, and is not told by
-  /// Outstanding() until Settle().
+  /// What is held now belongs to the DLL from its load to its unload, as the log file does, and is
+  /// not told by Outstanding() until Settle().
   void MarkResident();
   /// The DLL is gone: nothing has a right to be held any more.
   void Settle();

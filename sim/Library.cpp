@@ -39,7 +39,8 @@ Range RangeOf(HMODULE module) {
   return {base, base + headers->OptionalHeader.SizeOfImage};
 }
 
-// A window that outlives the DLL would call into nowhere. It stays in the ledger, as the leak that it is.
+// A window that outlives the DLL would call into nowhere. It stays in the ledger, as the leak that
+// it is.
 void DestroyLeftWindows(Machine::State& state) {
   const std::vector<HWND> alive = state.windows.alive;
   for (const HWND window : alive) {
@@ -147,7 +148,8 @@ void Library::Implementation::Unload() {
 }
 
 Library::Library(Machine& machine, Build build) : implementation_(nullptr) {
-  if (&Machine::Current() != &machine) throw std::runtime_error("this machine is not the current one");
+  if (&Machine::Current() != &machine)
+    throw std::runtime_error("this machine is not the current one");
   auto implementation = std::make_unique<Implementation>();
   implementation->machine = &machine;
   implementation->module = LoadPatched(PathOf(build), ResolveImport);

@@ -1,5 +1,6 @@
-// The DLL under test on the current machine: loaded with its import table patched before DllMain, and with every export
-// as a typed member. Unloading and loading again gives fresh process-wide state.
+// The DLL under test on the current machine: loaded with its import table patched before DllMain,
+// and with every export as a typed member. Unloading and loading again gives fresh process-wide
+// state.
 #pragma once
 
 #include <cstdint>
@@ -14,8 +15,8 @@ namespace sim {
 class Library {
  public:
   enum class Build { kShipped, kWhiteBox };
-  /// Loads build's DLL (Ostrel.dll or OstrelWhiteBox.dll beside the test executable, or the path in the environment
-  /// variable OSTREL_DLL). A failed load throws std::runtime_error.
+  /// Loads build's DLL (Ostrel.dll or OstrelWhiteBox.dll beside the test executable, or the path in
+  /// the environment variable OSTREL_DLL). A failed load throws std::runtime_error.
   explicit Library(Machine& machine, Build build = Build::kShipped);
   ~Library();  // unloads; outstanding handles then fail the running test, unless forgiven
   Library(const Library&) = delete;

@@ -1,4 +1,5 @@
-// A critical section of the simulator's own. The library under test has threads, and their calls meet here.
+// A critical section of the simulator's own. The library under test has threads, and their calls
+// meet here.
 #pragma once
 
 #include "Common/Win.h"

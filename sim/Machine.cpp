@@ -182,8 +182,7 @@ std::wstring Machine::HostFolder() const { return state_->host.folder; }
 std::wstring Machine::TempFolder() const { return state_->host.temp_folder; }
 std::wstring Machine::AppDataFolder() const { return state_->host.appdata_folder; }
 
-void Machine::Config(const std::string& section, const std::string& key,
-                     const std::string& value) {
+void Machine::Config(const std::string& section, const std::string& key, const std::string& value) {
   const std::wstring path = HostFolder() + L"\\Ostrel.cfg";
   WritePrivateProfileStringW(Widen(section).c_str(), Widen(key).c_str(), Widen(value).c_str(),
                              path.c_str());

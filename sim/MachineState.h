@@ -1,7 +1,7 @@
 // What stands behind a Machine. Only the faces and the simulator itself look in here.
 //
-// A face reads and writes the model through Machine::Current().state().model, counts and journals through Call
-// (sim/Face.h), and keeps the ledger through LedgerTake and LedgerGive.
+// A face reads and writes the model through Machine::Current().state().model, counts and journals
+// through Call (sim/Face.h), and keeps the ledger through LedgerTake and LedgerGive.
 #pragma once
 
 #include <map>
@@ -24,20 +24,22 @@ struct HostProcess {
   std::wstring folder;          // no trailing backslash; the executable is folder\host.exe
   std::wstring temp_folder;     // no trailing backslash
   std::wstring appdata_folder;  // no trailing backslash
-  std::map<std::string, std::string> environment;  // the whole environment; nothing of the real one shows through
-  std::wstring command_line;    // with program name; "" stands for the quoted path of the executable
+  std::map<std::string, std::string>
+      environment;            // the whole environment; nothing of the real one shows through
+  std::wstring command_line;  // with program name; "" stands for the quoted path of the executable
 };
 
 /// A library that exists only in the simulation (a vendor's). Its handle is this record's address.
 struct InventedModule {
-  std::string name;             // lower case, "nvapi64.dll"
-  std::vector<Entry> entries;   // what GetProcAddress answers; Entry::module is not looked at
+  std::string name;            // lower case, "nvapi64.dll"
+  std::vector<Entry> entries;  // what GetProcAddress answers; Entry::module is not looked at
   uint32_t references = 0;
   void (*on_load)() = nullptr;
   void (*on_unload)() = nullptr;
 };
 
-/// A COM class that exists only in the simulation. create() makes an object as a class factory would.
+/// A COM class that exists only in the simulation. create() makes an object as a class factory
+/// would.
 struct ComClass {
   CLSID id;
   HRESULT (*create)(REFIID interface_id, void** object);
@@ -51,20 +53,20 @@ struct WindowClass {
 
 /// Windows as the DLL made them.
 struct WindowBook {
-  std::vector<HWND> alive;             // created by the DLL and not destroyed
-  std::vector<HWND> dialogs;           // of these, the dialogs, oldest first
+  std::vector<HWND> alive;    // created by the DLL and not destroyed
+  std::vector<HWND> dialogs;  // of these, the dialogs, oldest first
   std::vector<WindowClass> classes;
-  Picture picture;                     // last UpdateLayeredWindow
-  std::vector<Drawn> drawing;          // what went into it
+  Picture picture;             // last UpdateLayeredWindow
+  std::vector<Drawn> drawing;  // what went into it
   POINT cursor = {0, 0};
 };
 
 /// Which picture files went into a GDI+ bitmap or, behind it, a GDI bitmap.
 struct DrawingBook {
-  std::map<const void*, std::string> images;                 // GDI+ image: the file it came from
-  std::map<const void*, std::vector<Drawn>> bitmaps;         // GDI+ bitmap: what was drawn on it
-  std::map<const void*, const void*> graphics;               // GDI+ graphics: its bitmap
-  std::map<const void*, std::vector<Drawn>> gdi_bitmaps;     // HBITMAP: the same, after the conversion
+  std::map<const void*, std::string> images;              // GDI+ image: the file it came from
+  std::map<const void*, std::vector<Drawn>> bitmaps;      // GDI+ bitmap: what was drawn on it
+  std::map<const void*, const void*> graphics;            // GDI+ graphics: its bitmap
+  std::map<const void*, std::vector<Drawn>> gdi_bitmaps;  // HBITMAP: the same, after the conversion
 };
 
 struct Machine::State {
@@ -79,9 +81,10 @@ struct Machine::State {
   DrawingBook drawings;
   std::vector<Notification> notifications;
   std::map<std::string, InventedModule> invented;  // by lower-case file name
-  std::map<std::string, ComClass> com_classes;      // by lower-case program id
-  /// Handles without a kernel object behind them (a process snapshot, ...), with their kind in the ledger. CloseHandle
-  /// lives in HandleFace and gives these back to the ledger instead of asking Windows.
+  std::map<std::string, ComClass> com_classes;     // by lower-case program id
+  /// Handles without a kernel object behind them (a process snapshot, ...), with their kind in the
+  /// ledger. CloseHandle lives in HandleFace and gives these back to the ledger instead of asking
+  /// Windows.
   std::map<HANDLE, std::string> simulated_handles;
   /// Free place for the state of single faces, by the face's own key: device lists, open keys, ...
   std::map<std::string, uint64_t> counters;

@@ -5,13 +5,14 @@
 #include <map>
 #include <stdexcept>
 
-#include "sim/Failure.h"
 #include "sim/FaceTable.h"
+#include "sim/Failure.h"
 
 namespace sim {
 namespace {
 
-// --- The loader's notification, which no SDK header declares. ----------------------------------------------------
+// --- The loader's notification, which no SDK header declares.
+// ----------------------------------------------------
 
 struct LoaderString {  // UNICODE_STRING
   USHORT length;
@@ -27,8 +28,10 @@ struct LoaderNotificationData {
   ULONG size_of_image;
 };
 
-using LoaderCallback = void(CALLBACK*)(ULONG reason, const LoaderNotificationData* data, void* context);
-using RegisterFunction = LONG(NTAPI*)(ULONG flags, LoaderCallback callback, void* context, void** cookie);
+using LoaderCallback = void(CALLBACK*)(ULONG reason, const LoaderNotificationData* data,
+                                       void* context);
+using RegisterFunction = LONG(NTAPI*)(ULONG flags, LoaderCallback callback, void* context,
+                                      void** cookie);
 using UnregisterFunction = LONG(NTAPI*)(void* cookie);
 
 constexpr ULONG kReasonLoaded = 1;
@@ -44,7 +47,8 @@ Function FromNtdll(const char* name) {
   return reinterpret_cast<Function>(reinterpret_cast<void*>(found));
 }
 
-// --- The import table. --------------------------------------------------------------------------------------------
+// --- The import table.
+// --------------------------------------------------------------------------------------------
 
 template <typename Type>
 Type* At(void* base, uint64_t offset) {
@@ -72,7 +76,8 @@ void ForEachImport(void* base, Visitor visit) {
   auto* descriptor = At<IMAGE_IMPORT_DESCRIPTOR>(base, directory.VirtualAddress);
   for (; descriptor->Name != 0; ++descriptor) {
     const std::string module = LowerCase(At<char>(base, descriptor->Name));
-    // Without a table of names of its own the address table is overwritten by now: nothing to read any more.
+    // Without a table of names of its own the address table is overwritten by now: nothing to read
+    // any more.
     if (descriptor->OriginalFirstThunk == 0) {
       throw std::runtime_error("imports from " + module + " have no name table");
     }
@@ -91,7 +96,8 @@ void Store(IMAGE_THUNK_DATA64* slot, void* function) {
   VirtualProtect(slot, sizeof(*slot), protection, &protection);
 }
 
-// --- One load. ----------------------------------------------------------------------------------------------------
+// --- One load.
+// ----------------------------------------------------------------------------------------------------
 
 struct Load {
   std::wstring path;
@@ -132,7 +138,8 @@ std::string Printable(const std::wstring& text) {
   return result;
 }
 
-// --- Traps. -------------------------------------------------------------------------------------------------------
+// --- Traps.
+// -------------------------------------------------------------------------------------------------------
 
 uint64_t TrapCalled(const std::string* what) noexcept {
   ReportFailure(*what);

@@ -1,5 +1,6 @@
-// The imports that stay real because Wine is good at them: memory, locks, threads, files in the test's own folder,
-// profile files, text and the C run-time. Everything that is neither here nor in a face is a trap.
+// The imports that stay real because Wine is good at them: memory, locks, threads, files in the
+// test's own folder, profile files, text and the C run-time. Everything that is neither here nor in
+// a face is a trap.
 #pragma once
 
 #include <string>

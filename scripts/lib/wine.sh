@@ -12,7 +12,7 @@ start_wine() {
   # No downloads of Mono and Gecko, and no menu entries in the user's home.
   export WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe="
   export HOME=$BUILD/home
-  mkdir -p "$HOME"
+  mkdir -p "$HOME" "$WINEPREFIX"
   _wine_server -p
   at_exit stop_wine
   if [[ ! -e $WINEPREFIX/ready ]]; then

@@ -51,5 +51,15 @@ start_compositor() {
   kill -0 "$compositor" 2>/dev/null || { complain "The compositor did not start, see $BUILD/xcompmgr.log."; return 1; }
 }
 
+# paint_desktop IMAGE SIZE: a window below all others with a picture as ImageMagick names it. A picture of the root
+# window itself would not outlive Wine's start.
+paint_desktop() {
+  display -size "$2" -geometry +0+0 -borderwidth 0 "$1" >"$BUILD/paint.log" 2>&1 &
+  local painter=$!
+  disown "$painter"
+  at_exit end_process "$painter"
+  sleep 1
+}
+
 # screenshot FILE.png: the root window as a person would see it.
 screenshot() { import -silent -window root "png:$1"; }

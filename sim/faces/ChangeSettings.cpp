@@ -134,6 +134,18 @@ void Detach(size_t source, std::vector<Path>* paths) {
   paths->erase(std::remove_if(paths->begin(), paths->end(), is_mine), paths->end());
 }
 
+// What was listed when a mode was stored may be gone when it is committed: another monitor hangs
+// there now.
+bool TakesItsMode(const Model& model, const std::vector<Path>& paths, size_t source,
+                  const Staged& change) {
+  std::vector<size_t> connectors;
+  for (const Path& path : paths) {
+    if (path.source == source) connectors.push_back(path.connector);
+  }
+  const DisplayMode mode = Turned(change.mode, change.orientation);
+  return FindMode(CommonModes(model, connectors), mode).has_value();
+}
+
 LONG ApplyChanges(Model& model, const std::map<size_t, Staged>& changes) {
   Arrangement arrangement = CurrentArrangement(model);
   // A device that comes takes a display that was dark; only where there is none, one that a leaving
@@ -149,6 +161,9 @@ LONG ApplyChanges(Model& model, const std::map<size_t, Staged>& changes) {
     if (!Attach(model, source, &arrangement)) return DISP_CHANGE_FAILED;
   }
   for (const auto& [index, change] : changes) {
+    if (change.attached && !TakesItsMode(model, arrangement.paths, index, change)) {
+      return DISP_CHANGE_BADMODE;
+    }
     Source& source = arrangement.sources[index];
     source.mode = change.mode;
     source.x = change.x;

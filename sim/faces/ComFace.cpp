@@ -1,4 +1,5 @@
-// COM as far as the library uses it: classes that only the model has. Nobody else's COM objects are reachable.
+// COM as far as the library uses it: classes that only the model has. Nobody else's COM objects are
+// reachable.
 #include "Common/Win.h"
 #include "sim/FaceTable.h"
 #include "sim/MachineState.h"
@@ -43,8 +44,8 @@ HRESULT WINAPI FakeCLSIDFromProgID(LPCOLESTR name, LPCLSID id) {
   return S_OK;
 }
 
-HRESULT WINAPI FakeCoCreateInstance(REFCLSID id, LPUNKNOWN outer, DWORD context, REFIID interface_id,
-                                    LPVOID* object) {
+HRESULT WINAPI FakeCoCreateInstance(REFCLSID id, LPUNKNOWN outer, DWORD context,
+                                    REFIID interface_id, LPVOID* object) {
   Call call("CoCreateInstance");
   *object = nullptr;
   if (call.Fails()) {

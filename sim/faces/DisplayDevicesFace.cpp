@@ -173,6 +173,7 @@ std::optional<SettingsView> ReadSettings(const Model& model,
 
 template <typename DevMode>
 void FillSettings(const SettingsView& view, bool is_listed_mode, DevMode* dm) {
+  dm->dmSize = offsetof(DevMode, dmICMMethod);  // how far Windows writes, whatever came in
   dm->dmFields =
       is_listed_mode ? kCurrentFields & ~static_cast<DWORD>(DM_POSITION) : kCurrentFields;
   dm->dmSpecVersion = DM_SPECVERSION;

@@ -1,5 +1,5 @@
-// GDI and flat GDI+: real work, counted, faultable and kept in the ledger. Beside it a book of which picture file went
-// into which bitmap, so that a test can tell what a person would see.
+// GDI and flat GDI+: real work, counted, faultable and kept in the ledger. Beside it a book of
+// which picture file went into which bitmap, so that a test can tell what a person would see.
 #include <algorithm>
 #include <string>
 
@@ -30,7 +30,6 @@ constexpr char kWindowDc[] = "window DC";
 constexpr char kDc[] = "DC";
 constexpr char kBitmap[] = "bitmap";
 constexpr char kBrush[] = "brush";
-constexpr char kPen[] = "pen";
 constexpr char kToken[] = "GDI+ token";
 constexpr char kImage[] = "GDI+ image";
 constexpr char kGraphics[] = "GDI+ graphics";
@@ -39,7 +38,8 @@ constexpr char kPlusPen[] = "GDI+ pen";
 Machine::State& State() { return Machine::Current().state(); }
 DrawingBook& Drawings() { return State().drawings; }
 
-// --- GDI. -------------------------------------------------------------------------------------------------------
+// --- GDI.
+// -------------------------------------------------------------------------------------------------------
 
 // A declared fault: null with the declared last error. GDI itself often sets none.
 template <typename Handle>
@@ -93,23 +93,17 @@ HBRUSH WINAPI FakeCreateSolidBrush(COLORREF colour) {
   return Take(kBrush, CreateSolidBrush(colour));
 }
 
-HPEN WINAPI FakeCreatePen(int style, int width, COLORREF colour) {
-  Call call("CreatePen");
-  if (call.Fails()) return Refuse<HPEN>(call);
-  return Take(kPen, CreatePen(style, width, colour));
-}
-
 BOOL WINAPI FakeDeleteObject(HGDIOBJ object) {
   Call call("DeleteObject");
   if (call.Fails()) return Refuse<BOOL>(call);
   const uint64_t number = reinterpret_cast<uint64_t>(object);
-  const bool known = State().ledger.Give(kBrush, number) || State().ledger.Give(kPen, number);
-  if (!known) LedgerGive(kBitmap, object);
+  if (!State().ledger.Give(kBrush, number)) LedgerGive(kBitmap, object);
   Drawings().gdi_bitmaps.erase(object);
   return DeleteObject(object);
 }
 
-// --- GDI+. ------------------------------------------------------------------------------------------------------
+// --- GDI+.
+// ------------------------------------------------------------------------------------------------------
 
 // Every flat function but the start answers so before GdiplusStartup and after GdiplusShutdown.
 constexpr GpStatus kNotStarted = Gdiplus::GdiplusNotInitialized;
@@ -118,8 +112,8 @@ constexpr GpStatus kNotStarted = Gdiplus::GdiplusNotInitialized;
 struct PlusCall {
   explicit PlusCall(const char* name) : call(name) {
     if (call.Fails()) {
-      status = call.FaultCode() != 0 ? static_cast<GpStatus>(call.FaultCode())
-                                     : Gdiplus::GenericError;
+      status =
+          call.FaultCode() != 0 ? static_cast<GpStatus>(call.FaultCode()) : Gdiplus::GenericError;
     } else if (State().ledger.Count(kToken) == 0) {
       status = kNotStarted;
     }
@@ -213,11 +207,6 @@ GpStatus WINAPI FakeGdipGetImageHeight(GpImage* image, UINT* height) {
   return call.Refused() ? call.status : flat::GdipGetImageHeight(image, height);
 }
 
-GpStatus WINAPI FakeGdipGetImagePixelFormat(GpImage* image, Gdiplus::PixelFormat* format) {
-  PlusCall call("GdipGetImagePixelFormat");
-  return call.Refused() ? call.status : flat::GdipGetImagePixelFormat(image, format);
-}
-
 GpStatus WINAPI FakeGdipGetImageGraphicsContext(GpImage* image, GpGraphics** graphics) {
   PlusCall call("GdipGetImageGraphicsContext");
   if (call.Refused()) return call.status;
@@ -289,10 +278,8 @@ const std::vector<Entry>& GdiFace() {
       {kGdi32, "CreateDCA", Guard<FakeCreateDCA>()},
       {kGdi32, "DeleteDC", Guard<FakeDeleteDC>()},
       {kGdi32, "CreateSolidBrush", Guard<FakeCreateSolidBrush>()},
-      {kGdi32, "CreatePen", Guard<FakeCreatePen>()},
       {kGdi32, "DeleteObject", Guard<FakeDeleteObject>()},
       CountedEntry<SelectObject>(kGdi32, "SelectObject"),
-      CountedEntry<GetDeviceCaps>(kGdi32, "GetDeviceCaps"),
       {kGdiPlus, "GdiplusStartup", Guard<FakeGdiplusStartup>()},
       {kGdiPlus, "GdiplusShutdown", Guard<FakeGdiplusShutdown>()},
       {kGdiPlus, "GdipLoadImageFromFile", Guard<FakeGdipLoadImageFromFile>()},
@@ -301,7 +288,6 @@ const std::vector<Entry>& GdiFace() {
       {kGdiPlus, "GdipDisposeImage", Guard<FakeGdipDisposeImage>()},
       {kGdiPlus, "GdipGetImageWidth", Guard<FakeGdipGetImageWidth>()},
       {kGdiPlus, "GdipGetImageHeight", Guard<FakeGdipGetImageHeight>()},
-      {kGdiPlus, "GdipGetImagePixelFormat", Guard<FakeGdipGetImagePixelFormat>()},
       {kGdiPlus, "GdipGetImageGraphicsContext", Guard<FakeGdipGetImageGraphicsContext>()},
       {kGdiPlus, "GdipDeleteGraphics", Guard<FakeGdipDeleteGraphics>()},
       {kGdiPlus, "GdipDrawImageRectI", Guard<FakeGdipDrawImageRectI>()},

@@ -1,5 +1,5 @@
-// Kernel handles that the library makes itself: really made and closed, counted and kept in the ledger. Handles that
-// the compiler's thread support makes and closes pass through uncounted.
+// Kernel handles that the library makes itself: really made and closed, counted and kept in the
+// ledger. Handles that the compiler's thread support makes and closes pass through uncounted.
 #include "sim/MachineState.h"
 
 namespace sim {
@@ -7,8 +7,7 @@ namespace {
 
 constexpr char kFile[] = "file";
 constexpr char kMutex[] = "mutex";
-constexpr char kEvent[] = "event";
-constexpr const char* kKinds[] = {kFile, kMutex, kEvent};
+constexpr const char* kKinds[] = {kFile, kMutex};
 
 HANDLE Refuse(const Call& call, DWORD usual, HANDLE nothing) {
   SetLastError(call.FaultCode() != 0 ? call.FaultCode() : usual);
@@ -22,25 +21,12 @@ HANDLE Take(const char* kind, HANDLE handle) {
   return handle;
 }
 
-HANDLE WINAPI FakeCreateFileA(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
-                              DWORD disposition, DWORD flags, HANDLE pattern) {
-  Call call("CreateFileA");
-  if (call.Fails()) return Refuse(call, ERROR_ACCESS_DENIED, INVALID_HANDLE_VALUE);
-  return Take(kFile, CreateFileA(name, access, share, security, disposition, flags, pattern));
-}
-
 HANDLE WINAPI FakeCreateFileW(LPCWSTR name, DWORD access, DWORD share,
                               LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
                               HANDLE pattern) {
   Call call("CreateFileW");
   if (call.Fails()) return Refuse(call, ERROR_ACCESS_DENIED, INVALID_HANDLE_VALUE);
   return Take(kFile, CreateFileW(name, access, share, security, disposition, flags, pattern));
-}
-
-HANDLE WINAPI FakeCreateMutexA(LPSECURITY_ATTRIBUTES security, BOOL owned, LPCSTR name) {
-  Call call("CreateMutexA");
-  if (call.Fails()) return Refuse(call, ERROR_ACCESS_DENIED, nullptr);
-  return Take(kMutex, CreateMutexA(security, owned, name));
 }
 
 HANDLE WINAPI FakeCreateMutexW(LPSECURITY_ATTRIBUTES security, BOOL owned, LPCWSTR name) {
@@ -54,13 +40,6 @@ HANDLE WINAPI FakeCreateEventA(LPSECURITY_ATTRIBUTES security, BOOL manual, BOOL
   Call call("CreateEventA");
   if (call.Fails()) return Refuse(call, ERROR_NO_SYSTEM_RESOURCES, nullptr);
   return CreateEventA(security, manual, set, name);
-}
-
-HANDLE WINAPI FakeCreateEventW(LPSECURITY_ATTRIBUTES security, BOOL manual, BOOL set,
-                               LPCWSTR name) {
-  Call call("CreateEventW");
-  if (call.Fails()) return Refuse(call, ERROR_NO_SYSTEM_RESOURCES, nullptr);
-  return Take(kEvent, CreateEventW(security, manual, set, name));
 }
 
 BOOL WINAPI FakeCloseHandle(HANDLE handle) {
@@ -82,12 +61,9 @@ BOOL WINAPI FakeCloseHandle(HANDLE handle) {
 
 const std::vector<Entry>& HandleFace() {
   static const std::vector<Entry> entries = {
-      {"kernel32.dll", "CreateFileA", Guard<FakeCreateFileA>()},
       {"kernel32.dll", "CreateFileW", Guard<FakeCreateFileW>()},
-      {"kernel32.dll", "CreateMutexA", Guard<FakeCreateMutexA>()},
       {"kernel32.dll", "CreateMutexW", Guard<FakeCreateMutexW>()},
       {"kernel32.dll", "CreateEventA", Guard<FakeCreateEventA>()},
-      {"kernel32.dll", "CreateEventW", Guard<FakeCreateEventW>()},
       {"kernel32.dll", "CloseHandle", Guard<FakeCloseHandle>()},
   };
   return entries;

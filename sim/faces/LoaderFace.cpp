@@ -1,6 +1,7 @@
-// LoadLibrary, GetModuleHandle, GetProcAddress, FreeLibrary. A library is one of three: invented (a vendor's, in the
-// model only), a system library (really loaded), or absent. GetProcAddress answers from the same tables as the static
-// imports, so that a function bound at run time is the same simulated one.
+// LoadLibrary, GetModuleHandle, GetProcAddress, FreeLibrary. A library is one of three: invented (a
+// vendor's, in the model only), a system library (really loaded), or absent. GetProcAddress answers
+// from the same tables as the static imports, so that a function bound at run time is the same
+// simulated one.
 #include <string>
 
 #include "sim/FaceTable.h"
@@ -99,7 +100,8 @@ HMODULE WINAPI FakeGetModuleHandleW(LPCWSTR name) {
   return Find("GetModuleHandleW", name == nullptr ? "" : Narrow(name));
 }
 
-// By address the answer is the real one: the library asks for its own module, to hold it or to read its resources.
+// By address the answer is the real one: the library asks for its own module, to hold it or to read
+// its resources.
 BOOL FindEx(const char* function, DWORD flags, const wchar_t* address, const std::string& path,
             HMODULE* module) {
   if (module == nullptr) return Refuse(ERROR_INVALID_PARAMETER) != nullptr;
@@ -123,12 +125,6 @@ BOOL FindEx(const char* function, DWORD flags, const wchar_t* address, const std
   }
   LedgerTake(kModule, *module);
   return TRUE;
-}
-
-BOOL WINAPI FakeGetModuleHandleExA(DWORD flags, LPCSTR name, HMODULE* module) {
-  const bool by_name = (flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) == 0 && name != nullptr;
-  return FindEx("GetModuleHandleExA", flags, reinterpret_cast<const wchar_t*>(name),
-                by_name ? name : "", module);
 }
 
 BOOL WINAPI FakeGetModuleHandleExW(DWORD flags, LPCWSTR name, HMODULE* module) {
@@ -205,7 +201,6 @@ const std::vector<Entry>& LoaderFace() {
       {"kernel32.dll", "LoadLibraryExW", Guard<FakeLoadLibraryExW>()},
       {"kernel32.dll", "GetModuleHandleA", Guard<FakeGetModuleHandleA>()},
       {"kernel32.dll", "GetModuleHandleW", Guard<FakeGetModuleHandleW>()},
-      {"kernel32.dll", "GetModuleHandleExA", Guard<FakeGetModuleHandleExA>()},
       {"kernel32.dll", "GetModuleHandleExW", Guard<FakeGetModuleHandleExW>()},
       {"kernel32.dll", "GetProcAddress", Guard<FakeGetProcAddress>()},
       {"kernel32.dll", "FreeLibrary", Guard<FakeFreeLibrary>()},

@@ -216,6 +216,14 @@ TEST(DisplaySettingsChange, StagingWaitsForTheCommit) {
   EXPECT_EQ(Now(kSecond), "800x600x32@60 at 1366,0");
 }
 
+TEST(DisplaySettingsChange, CommitFindsThatTheMonitorHasBeenExchanged) {
+  Machine machine(kPanelAndCrt);
+  ASSERT_EQ(Change(kSecond, SizedAt(1024, 768, 1366, 0), kStage), DISP_CHANGE_SUCCESSFUL);
+  machine.Plug("crt", MakeMonitor("CRT", 800, 600));
+  EXPECT_EQ(Commit(), DISP_CHANGE_BADMODE);
+  EXPECT_EQ(machine.Topology(), "single internal");
+}
+
 TEST(DisplaySettingsChange, SizeOfZeroDetaches) {
   Machine machine(kExtended);
   ASSERT_EQ(Change(kSecond, SizedAt(0, 0, 0, 0), kStage), DISP_CHANGE_SUCCESSFUL);

@@ -153,8 +153,8 @@ TEST(Machine, FoldersAreNewAndGoWithIt) {
     Machine machine(kSampleMachine);
     folder = machine.HostFolder();
     machine.Config("Settings", "Some Key", 5);
-    EXPECT_EQ(GetPrivateProfileIntW(L"Settings", L"Some Key", 0, (folder + L"\\Ostrel.cfg").c_str()),
-              5u);
+    EXPECT_EQ(
+        GetPrivateProfileIntW(L"Settings", L"Some Key", 0, (folder + L"\\Ostrel.cfg").c_str()), 5u);
   }
   EXPECT_EQ(GetFileAttributesW(folder.c_str()), INVALID_FILE_ATTRIBUTES);
 }

@@ -123,8 +123,8 @@ TEST(Library, WindowLeftOpenIsALeakAndIsDestroyedBeforeTheCodeGoes) {
   HWND window = nullptr;
   {
     Library ostrel(machine);
-    window = SIM_FAKE(CreateWindowExA)(0, "STATIC", "", 0, 0, 0, 1, 1, HWND_MESSAGE, nullptr, nullptr,
-                                       nullptr);
+    window = SIM_FAKE(CreateWindowExA)(0, "STATIC", "", 0, 0, 0, 1, 1, HWND_MESSAGE, nullptr,
+                                       nullptr, nullptr);
     EXPECT_TRUE(IsWindow(window));
   }
   EXPECT_FALSE(IsWindow(window));

@@ -1,6 +1,6 @@
-// A tiny DLL for the simulator's own tests: its DllMain and its exports call a simulated function, a real one and one
-// that nobody listed. Statically linked as the library under test is, so that it has the same imports from the C
-// run-time.
+// A tiny DLL for the simulator's own tests: its DllMain and its exports call a simulated function,
+// a real one and one that nobody listed. Statically linked as the library under test is, so that it
+// has the same imports from the C run-time.
 #include <map>
 #include <sstream>
 #include <stdexcept>
@@ -35,8 +35,8 @@ __declspec(dllexport) void* Sample_GetProcAddress(HMODULE module, const char* na
   return reinterpret_cast<void*>(GetProcAddress(module, name));
 }
 
-__declspec(dllexport) UINT_PTR Sample_SetTimer(HWND window, UINT_PTR id, UINT period,
-                                               TIMERPROC procedure) {
+__declspec(dllexport) UINT_PTR
+    Sample_SetTimer(HWND window, UINT_PTR id, UINT period, TIMERPROC procedure) {
   return SetTimer(window, id, period, procedure);
 }
 

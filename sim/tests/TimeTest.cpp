@@ -32,8 +32,8 @@ class Time : public testing::Test {
  protected:
   Time() : machine_(kSampleMachine) {
     g_fired.clear();
-    window_ = CreateWindowExA(0, "STATIC", "", 0, 0, 0, 1, 1, HWND_MESSAGE, nullptr, nullptr,
-                              nullptr);
+    window_ =
+        CreateWindowExA(0, "STATIC", "", 0, 0, 0, 1, 1, HWND_MESSAGE, nullptr, nullptr, nullptr);
     SetWindowLongPtrA(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&OnMessage));
   }
   ~Time() override { DestroyWindow(window_); }

@@ -95,8 +95,8 @@ TEST_F(Window, CursorIsTheMachines) {
 }
 
 TEST_F(Window, PostIsANotificationWithItsPlaceInTheJournal) {
-  const HWND host = CreateWindowExA(0, "STATIC", "", 0, 0, 0, 1, 1, HWND_MESSAGE, nullptr, nullptr,
-                                    nullptr);
+  const HWND host =
+      CreateWindowExA(0, "STATIC", "", 0, 0, 0, 1, 1, HWND_MESSAGE, nullptr, nullptr, nullptr);
   EXPECT_TRUE(SIM_FAKE(PostMessageA)(host, 1025, 1, 0));
   ASSERT_EQ(machine_.Notifications().size(), 1u);
   EXPECT_EQ(machine_.Notifications()[0].receiver, host);
@@ -112,8 +112,8 @@ TEST_F(Window, PostIsANotificationWithItsPlaceInTheJournal) {
 
 TEST_F(Window, RealTimePostsReally) {
   machine_.UseRealTime();
-  const HWND host = CreateWindowExA(0, "STATIC", "", 0, 0, 0, 1, 1, HWND_MESSAGE, nullptr, nullptr,
-                                    nullptr);
+  const HWND host =
+      CreateWindowExA(0, "STATIC", "", 0, 0, 0, 1, 1, HWND_MESSAGE, nullptr, nullptr, nullptr);
   EXPECT_TRUE(SIM_FAKE(PostMessageA)(host, 1025, 1, 0));
   MSG message = {};
   EXPECT_TRUE(PeekMessageA(&message, host, 1025, 1025, PM_REMOVE));
@@ -147,9 +147,9 @@ TEST_F(Window, LayeredPictureIsKeptWithItsPixels) {
             Gdiplus::Ok);
   flat::GdipBitmapSetPixel(bitmap, 1, 0, 0xFF102030);
   HBITMAP picture = nullptr;
-  ASSERT_EQ(Fake(&flat::GdipCreateHBITMAPFromBitmap, "GdipCreateHBITMAPFromBitmap")(bitmap,
-                                                                                    &picture, 0),
-            Gdiplus::Ok);
+  ASSERT_EQ(
+      Fake(&flat::GdipCreateHBITMAPFromBitmap, "GdipCreateHBITMAPFromBitmap")(bitmap, &picture, 0),
+      Gdiplus::Ok);
   const HDC dc = SIM_FAKE(CreateCompatibleDC)(nullptr);
   const HGDIOBJ old = SIM_FAKE(SelectObject)(dc, picture);
   SIZE size = {3, 2};
@@ -262,8 +262,8 @@ TEST_F(Gdi, DrawingIsToldFileByFile) {
   EXPECT_EQ(drawn[0].file, "NB.png");
   EXPECT_EQ(drawn[0].x, 10);
   EXPECT_EQ(drawn[0].height, 9);
-  for (Gdiplus::GpImage* each : {image, static_cast<Gdiplus::GpImage*>(bitmap),
-                                 static_cast<Gdiplus::GpImage*>(clone)}) {
+  for (Gdiplus::GpImage* each :
+       {image, static_cast<Gdiplus::GpImage*>(bitmap), static_cast<Gdiplus::GpImage*>(clone)}) {
     Fake(&flat::GdipDisposeImage, "GdipDisposeImage")(each);
   }
   Stop();

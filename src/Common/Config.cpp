@@ -153,4 +153,5 @@ uint32_t IntelHDMIWorkaround() { return ReadCached(kIntelHDMIWorkaround); }
 uint32_t AlwaysAssumeDeviceHasProblem() { return ReadCached(kAlwaysAssumeDeviceHasProblem); }
 uint32_t AlwaysAssumeMonitorHasProblem() { return ReadCached(kAlwaysAssumeMonitorHasProblem); }
 
+// Deliberate: read at each use, unlike its neighbours.
 uint32_t RetryDelayTime() { return ReadConfigInt(L"Settings", L"Retry Delay Time", 3000); }

@@ -9,7 +9,7 @@ bool GetHostFolder(std::wstring* folder) {
   // The last character stays zero: a path cut short is not terminated on every Windows.
   if (GetModuleFileNameW(nullptr, path, 256) == 0) return false;
   path[255] = L'\0';
-  PathRemoveFileSpecW(path);
+  if (!PathRemoveFileSpecW(path)) return false;
   *folder = path;
   return true;
 }

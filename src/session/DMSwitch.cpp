@@ -103,6 +103,8 @@ BOOL DMSwitch::ShowPopup() {
     return 1;
   } catch (...) {
     // Deliberate: what was raised is not logged.
+    if (dialog_ != nullptr) DestroyWindow(dialog_);
+    dialog_ = nullptr;
     EndSession();
     return 0;
   }
@@ -176,6 +178,7 @@ BOOL DMSwitch::SaveCurrentMode() {
 }
 
 void DMSwitch::RegisterNotification(HWND receiver, uint32_t message_id) {
+  // Deliberate: a second receiver takes the first one's place.
   DCHECK(notify_receiver_ == NULL);
   DCHECK(notify_message_id_ == 0);
   notify_receiver_ = receiver;
@@ -187,6 +190,7 @@ void DMSwitch::Notify(uint32_t code) {
     LOG(WARNING) << "Notify receiver did not assigned!";
     return;
   }
+  // Deliberate: Windows' own messages are never posted.
   if (notify_message_id_ < kFirstPostedMessage) {
     LOG(ERROR) << "Invalid notify message id!";
     return;

@@ -1,4 +1,6 @@
 // DMSwitch: the switch to the selected item, and what is put right around it.
+#include "session/DMSwitch.h"
+
 #include "Common/Config.h"
 #include "Common/Logging.h"
 #include "Common/MultiMonitor/IMMonitor.h"
@@ -6,7 +8,6 @@
 #include "Common/win_util.h"
 #include "Workaround/IMonitorTestWorkaround.h"
 #include "Workaround/RefreshRateWorkaround.h"
-#include "session/DMSwitch.h"
 #include "session/DisplayChangeMonitor.h"
 #include "session/NvidiaAudioRefresh.h"
 #include "session/catalogue/ItemRules.h"
@@ -45,31 +46,29 @@ struct DMSwitch::SwitchPlan {
 };
 
 BOOL DMSwitch::ApplySelection() {
-  // 1. The normal end of a pop-up in which nothing was moved. Deliberate: list and pictures stay
-  // until the next opening.
+  // The normal end of a pop-up in which nothing was moved.
+  // Deliberate: list and pictures stay until the next opening.
   if (!force_apply_ && !SelectionChanged()) return 0;
-  // 2. Deliberate: a refusal keeps the selection, so that a later stop tries the same switch again.
+  // Deliberate: a refusal keeps the selection, so that a later stop tries the same switch again.
   if (IsVideoPlaying()) return 0;
-  // 3.
+  // Forcing holds for one switch.
   const bool save_old = !force_apply_;
   force_apply_ = false;
-  if (SelectedItem() == nullptr) {
+  const DMItem* const selected = SelectedItem();
+  if (selected == nullptr) {
     EndSession();
     return 0;
   }
-  // 4.
+  SwitchPlan plan;
+  plan.item = *selected;
   IMMonitor* const pobj = GetMultiMonitorObject();
   DCHECK(pobj != NULL);
   if (pobj == nullptr) {
     EndSession();
     return 0;
   }
-  // 5 to 8.
-  SwitchPlan plan;
   plan.object = pobj;
-  plan.item = *SelectedItem();
   PlanSwitch(save_old, &plan);
-  // 9 to 13.
   BOOL result = 1;
   bool reached = false;
   if (!plan.had_current_item) reached = SwitchToPanelFirst(plan);
@@ -77,20 +76,18 @@ BOOL DMSwitch::ApplySelection() {
     if (plan.item.mode == IMMonitor::DM_EXTEND) return SwitchToExtend(plan);
     result = SwitchMode(plan);
   }
-  // 14 to 16.
   if (result != 0) {
     RecordSwitch(plan);
     RestoreAfterSwitch(plan);
     AdjustRefreshRate();
   }
-  // 17. Deliberate: a failed switch comes here, too.
+  // Deliberate: a failed switch comes here, too.
   StartNvidiaAudioRefresh(plan.object, plan.item.mode, plan.item.displays);
   EndSession();
   return result;
 }
 
-/// Steps 5 to 8: what is left, what has to be done, and the remedies that come before everything
-/// else.
+/// What is left, what has to be done, and the remedies that come before everything else.
 void DMSwitch::PlanSwitch(bool save_old, SwitchPlan* plan) {
   plan->had_current_item = opened_.value < m_items.size();
   if (plan->had_current_item) {
@@ -110,8 +107,8 @@ void DMSwitch::PlanSwitch(bool save_old, SwitchPlan* plan) {
   opened_.value = selected_.value;
 }
 
-/// Step 10: from a mode that no item stands for the way leads over the panel alone. @return true
-/// when that is the item
+/// From a mode that no item stands for the way leads over the panel alone.
+/// @return true when that is the item
 bool DMSwitch::SwitchToPanelFirst(const SwitchPlan& plan) {
   // Deliberate: whatever the target is, and the result is not looked at even where this is the
   // whole switch.
@@ -119,8 +116,9 @@ bool DMSwitch::SwitchToPanelFirst(const SwitchPlan& plan) {
   return plan.item.mode == IMMonitor::DM_SINGLE && plan.item.displays == IMMonitor::MD_NB;
 }
 
-/// Step 12. Deliberate: the result of the switch is ignored, and neither Ostrel.ini nor the last
-/// mode learns of it.
+/// The switch to extended desktop.
+// Deliberate: its result is ignored, neither Ostrel.ini nor the last mode learns of it, and the
+// NVIDIA refresh is not run.
 BOOL DMSwitch::SwitchToExtend(const SwitchPlan& plan) {
   plan.object->EnableExtendModeOnDisplays(1, plan.item.displays & ~IMMonitor::MD_NB);
   AdjustRefreshRate();
@@ -139,7 +137,7 @@ BOOL DMSwitch::SwitchToExtend(const SwitchPlan& plan) {
   return 1;
 }
 
-/// Step 13.
+/// The switch to every mode but extended desktop.
 BOOL DMSwitch::SwitchMode(const SwitchPlan& plan) {
   if (SupportMonitorTestWorkaround() != 0 && monitor_test_workaround_ != nullptr) {
     monitor_test_workaround_->ChangeResolutionBeforeSwitch(plan.object);
@@ -152,8 +150,9 @@ BOOL DMSwitch::SwitchMode(const SwitchPlan& plan) {
   return result;
 }
 
-/// Step 13.3. Deliberate: a switch that was reported as done is set a second time, too, when
-/// another mode is found.
+/// The Intel driver may drop a switch it has taken.
+// Deliberate: a switch that was reported as done is set a second time, too, when another mode is
+// found.
 BOOL DMSwitch::RetryOnIntel(const SwitchPlan& plan, BOOL result) {
   Sleep(RetryDelayTime());
   uint32_t mode = 0;
@@ -163,7 +162,7 @@ BOOL DMSwitch::RetryOnIntel(const SwitchPlan& plan, BOOL result) {
   return plan.object->SetNewDisplayMode(plan.item.mode, plan.item.displays);
 }
 
-/// Step 14.
+/// What stays of a switch that was made.
 void DMSwitch::RecordSwitch(const SwitchPlan& plan) {
   AdjustRefreshRate();
   last_mode_ = plan.item.mode;
@@ -172,7 +171,8 @@ void DMSwitch::RecordSwitch(const SwitchPlan& plan) {
   WriteActiveDisplayMode(last_mode_, last_displays_, plan.item.presentation_type);
 }
 
-/// Step 15. Deliberate: the first advanced mode restores no resolution, the second does.
+/// The resolution that goes with the mode now set.
+// Deliberate: the first advanced mode restores no resolution, the second does.
 void DMSwitch::RestoreAfterSwitch(const SwitchPlan& plan) {
   const BOOL should_reset = plan.object->ShouldResetDisplaySettingAfterSwtich();
   if (plan.item.mode == IMMonitor::DM_ADVANCED_P1 || should_reset == 0) return;

@@ -1,7 +1,7 @@
 // DMSwitch: the pop-up's window and what it does with messages.
-#include "Common/Logging.h"
-#include "Common/MultiMonitor/CallScope.h"
 #include "session/DMSwitch.h"
+
+#include "Common/MultiMonitor/CallScope.h"
 #include "session/popup/WindowPlacement.h"
 
 namespace {
@@ -57,6 +57,7 @@ INT_PTR DMSwitch::HandleDialogMessage(HWND window, UINT message, WPARAM wparam, 
   }
 }
 
+// Deliberate: another timer's id counts as handled.
 void DMSwitch::OnTimer(WPARAM id) {
   if (id != kPopupTimer) return;
   KillTimer(dialog_, kPopupTimer);
@@ -65,9 +66,9 @@ void DMSwitch::OnTimer(WPARAM id) {
 }
 
 void DMSwitch::OnMouseMove(LPARAM packed) {
-  // The window may have appeared under a mouse that rests. Deliberate: the words are compared
-  // without their sign, so that an opening position left of or above the pop-up never counts as
-  // rest.
+  // The window may have appeared under a mouse that rests.
+  // Deliberate: the words are compared without their sign, so that an opening position left of or
+  // above the pop-up never counts as rest.
   const MouseWords words = WordsOf(packed);
   if (words.x == cursor_at_open_.x && words.y == cursor_at_open_.y) return;
   HitTest(packed);
@@ -93,6 +94,7 @@ void DMSwitch::OnKey(WPARAM key) {
       if (SelectionChanged()) RestoreSelection();
       return;
     default:
+      // Deliberate: an unknown key counts as handled.
       return;
   }
 }
@@ -108,5 +110,6 @@ void DMSwitch::ClosePopup() {
   if (dialog_ == nullptr) return;
   DestroyWindow(dialog_);
   dialog_ = nullptr;
+  // Deliberate: the host hears of it before any change is made, and of the change nothing.
   Notify(kPopupClosed);
 }

@@ -1,12 +1,13 @@
 // DMSwitch: the list of modes that the pop-up offers.
+#include "session/DMSwitch.h"
+
 #include <iterator>
+#include <utility>
 
 #include "Common/Config.h"
-#include "Common/Logging.h"
 #include "Common/MultiMonitor/IMMonitor.h"
 #include "Common/MultiMonitor/MMObjectFactory.h"
 #include "Common/ProcessState.h"
-#include "session/DMSwitch.h"
 #include "session/catalogue/ItemRules.h"
 #include "session/catalogue/ItemTables.h"
 #include "session/catalogue/MachineFacts.h"
@@ -24,9 +25,11 @@ uint32_t ActiveVgaVendor() {
 }
 
 /// The row of the picture that is loaded for an item with `icon`.
+// Deliberate: the item's `icon` stays what it was.
 uint32_t PictureRow(uint32_t icon) {
-  if (HDMIIconUseTVIcon() == 0 || ActiveVgaVendor() != kVendorIntel) return icon;
-  return catalogue::TelevisionPictureRow(icon);
+  const uint32_t television = catalogue::TelevisionPictureRow(icon);
+  if (television == icon || HDMIIconUseTVIcon() == 0) return icon;
+  return ActiveVgaVendor() == kVendorIntel ? television : icon;
 }
 
 /// Panel and HDMI or DVI cannot be cloned where the discrete adapter has those outputs but not the
@@ -38,6 +41,7 @@ bool IsCloneImpossible(uint32_t mode, uint32_t mask) {
 
 }  // namespace
 
+// Deliberate: displays without a candidate give an empty list, and that is a success.
 BOOL DMSwitch::PrepareDMItems(uint32_t connected, uint32_t count) {
   m_items.clear();
   if (count == 0) return 0;
@@ -49,6 +53,7 @@ BOOL DMSwitch::PrepareDMItems(uint32_t connected, uint32_t count) {
                          std::size(catalogue::kHybridCandidates), 0);
   }
   if (TripleDisplaySupported() && count >= kTripleCount && !display_link) {
+    // Deliberate: the Starter edition has no extended desktop, of three displays neither.
     const uint32_t left_out = IsStarterEdition() ? IMMonitor::DM_TRIPLE_EXTEND : 0U;
     return AddCandidates(connected, signature, catalogue::kTripleCandidates,
                          std::size(catalogue::kTripleCandidates), left_out);
@@ -58,6 +63,7 @@ BOOL DMSwitch::PrepareDMItems(uint32_t connected, uint32_t count) {
                     std::size(catalogue::kOrdinaryCandidates), left_out) == 0) {
     return 0;
   }
+  // Deliberate: four displays or more get no presentation items.
   if (count < kTooManyForPresentation && g_lassoBoxStatus == 0) {
     // Deliberate: a failure has cleared the list, and the list goes on from there.
     AddPresentationItems(connected);

@@ -1,9 +1,9 @@
 // DMSwitch: where the highlight is and how it moves.
-#include "Common/Config.h"
+#include "session/DMSwitch.h"
+
 #include "Common/Logging.h"
 #include "Common/MultiMonitor/IMMonitor.h"
 #include "Common/MultiMonitor/MMObjectFactory.h"
-#include "session/DMSwitch.h"
 #include "session/catalogue/ItemRules.h"
 
 namespace {
@@ -72,6 +72,7 @@ void DMSwitch::HitTest(LPARAM packed) {
     hit = &rect;
     break;
   }
+  // Deliberate: a mouse that rests does not restart the timer either.
   if (point.x == g_lastHitPoint.x && point.y == g_lastHitPoint.y) return;
   g_lastHitPoint = point;
   if (hit != nullptr) SelectItem(hit->index);

@@ -132,6 +132,7 @@ TEST(Config, NewProcessReadsTheFileAnew) {
 
 TEST(Config, DeInitAndInitDoNotRefreshCachedKeys) {
   Machine machine(kNotebook);
+  machine.Config("Settings", "Prefer Windows 7 CCD API", 1);
   machine.Config("Settings", "Restore Display Settings After Switch", 5);
   Host host(machine);
   EXPECT_EQ(host.Read("RestoreDisplaySettingsAfterSwitch"), 5u);

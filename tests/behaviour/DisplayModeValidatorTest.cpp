@@ -94,7 +94,7 @@ TEST_F(DisplayModeValidatorTest, EndOfAnyObjectLeavesNoRecord) {
 
 TEST_F(DisplayModeValidatorTest, OlderTimerActsOnTheNewerRecord) {
   Force();
-  const CcdPointer newer = host.NewCcd();
+  CcdPointer newer = host.NewCcd();
   host.machine.Advance(1000);
   host.machine.Fail("SetDisplayConfig", 1, ERROR_GEN_FAILURE);
   ASSERT_EQ(newer->SetNewDisplayMode(IMMonitor::DM_CLONE, IMMonitor::MD_NB | IMMonitor::MD_CRT), 1);
@@ -103,6 +103,26 @@ TEST_F(DisplayModeValidatorTest, OlderTimerActsOnTheNewerRecord) {
   host.machine.Advance(2000);  // the older object's three seconds
   EXPECT_EQ(host.machine.TakeJournal(), kBackToPanel);
   EXPECT_EQ(host.machine.ArmedTimers().size(), 1u);  // the newer one is still to come
+  newer.reset();                                     // and still known to its object
+  EXPECT_TRUE(host.machine.ArmedTimers().empty());
+}
+
+TEST_F(DisplayModeValidatorTest, TimerThatFiredIsNotKilledAgain) {
+  Force();
+  host.machine.Advance(3000);
+  const uint32_t kills = host.machine.Calls("KillTimer");
+  ccd.reset();
+  EXPECT_EQ(host.machine.Calls("KillTimer"), kills);
+}
+
+TEST_F(DisplayModeValidatorTest, EndOfAnOlderObjectLeavesNoRecordEither) {
+  CcdPointer older = host.NewCcd();
+  ccd = host.NewCcd();  // the newest
+  Force();
+  older.reset();
+  host.machine.Advance(3000);
+  EXPECT_EQ(host.machine.TakeJournal(), "");
+  EXPECT_EQ(host.machine.Topology(), "clone internal+crt");
 }
 
 TEST_F(DisplayModeValidatorTest, FailedQueryStopsIt) {

@@ -28,6 +28,44 @@ void Store(const char* device, DEVMODEA mode, DWORD flags) {
             DISP_CHANGE_SUCCESSFUL);
 }
 
+// Wine 8 has every display configuration function but DisplayConfigSetDeviceInfo, and the library
+// uses these functions only where it finds them all. It is the one that is never called.
+LONG WINAPI LentDisplayConfigSetDeviceInfo(void* /*packet*/) {
+  ADD_FAILURE() << "DisplayConfigSetDeviceInfo was called";
+  return ERROR_NOT_SUPPORTED;
+}
+
+FARPROC WINAPI GetProcAddressOrLent(HMODULE module, const char* name) {
+  FARPROC found = GetProcAddress(module, name);
+  const bool is_name = reinterpret_cast<uintptr_t>(name) > 0xFFFF;
+  if (found == nullptr && is_name && std::strcmp(name, "DisplayConfigSetDeviceInfo") == 0) {
+    void* lent = reinterpret_cast<void*>(LentDisplayConfigSetDeviceInfo);
+    std::memcpy(&found, &lent, sizeof(found));
+  }
+  return found;
+}
+
+/// Puts GetProcAddressOrLent in the place of GetProcAddress among the imports of `library`.
+void LendMissingFunction(HMODULE library) {
+  auto* base = reinterpret_cast<unsigned char*>(library);
+  const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+  const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS64*>(base + dos->e_lfanew);
+  const DWORD table =
+      headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT].VirtualAddress;
+  const DWORD size = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT].Size;
+  void* const wanted = reinterpret_cast<void*>(GetProcAddress);
+  auto* slots = reinterpret_cast<void**>(base + table);
+  for (DWORD i = 0; i < size / sizeof(void*); ++i) {
+    if (slots[i] != wanted) continue;
+    DWORD protection = 0;
+    ASSERT_TRUE(VirtualProtect(&slots[i], sizeof(void*), PAGE_READWRITE, &protection));
+    slots[i] = reinterpret_cast<void*>(GetProcAddressOrLent);
+    VirtualProtect(&slots[i], sizeof(void*), protection, &protection);
+    return;
+  }
+  FAIL() << "the library does not import GetProcAddress";
+}
+
 }  // namespace
 
 DEVMODEA Resolution(uint32_t width, uint32_t height) {
@@ -78,6 +116,7 @@ void Desktop::Config(const char* section, const char* key, uint32_t value) {
 void Desktop::Load() {
   library_ = LoadLibraryA("OstrelWhiteBox.dll");
   ASSERT_NE(library_, nullptr);
+  LendMissingFunction(library_);
   const auto bind = [this](auto* entry, const char* name) {
     void* address = reinterpret_cast<void*>(GetProcAddress(library_, name));
     ASSERT_NE(address, nullptr) << name;

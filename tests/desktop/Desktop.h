@@ -1,4 +1,5 @@
-// The library on the real desktop: nothing simulated, two outputs, the panel's 1366 by 768 at the
+// The library on the real desktop: nothing simulated, one function lent to an older Wine that lacks
+// it (and that is bound, never called), two outputs, the panel's 1366 by 768 at the
 // left and 1024 by 768 to its right, at the beginning of every test.
 #pragma once
 

@@ -13,11 +13,30 @@
 
 namespace {
 
+// Three different channels, so that a mixed-up pixel shows.
+constexpr uint32_t kDesktopColour = 0x3A7BD5;
 constexpr UINT kMessage = WM_APP + 1;
 // Two roundings of each channel: in the library's bitmap and in the compositor.
 constexpr int kTolerance = 4;
 
 std::string g_notifications;
+
+/// What the pop-up floats over: a window of one colour on both outputs.
+HWND OpenBackdrop() {
+  WNDCLASSA window_class = {};
+  window_class.lpfnWndProc = DefWindowProcA;
+  window_class.hInstance = GetModuleHandleA(nullptr);
+  window_class.lpszClassName = "DesktopTestBackdrop";
+  window_class.hbrBackground = CreateSolidBrush(
+      RGB(kDesktopColour >> 16, kDesktopColour >> 8 & 0xFF, kDesktopColour & 0xFF));
+  RegisterClassA(&window_class);
+  const HWND window =
+      CreateWindowExA(WS_EX_NOACTIVATE | WS_EX_TOOLWINDOW, "DesktopTestBackdrop", "", WS_POPUP, 0,
+                      0, GetSystemMetrics(SM_CXVIRTUALSCREEN), GetSystemMetrics(SM_CYVIRTUALSCREEN),
+                      nullptr, nullptr, window_class.hInstance, nullptr);
+  ShowWindow(window, SW_SHOWNOACTIVATE);
+  return window;
+}
 
 LRESULT CALLBACK HostProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message != kMessage) return DefWindowProcA(window, message, wparam, lparam);
@@ -59,7 +78,7 @@ std::string Compare(const Screenshot& shot, const RECT& rect, const std::vector<
 size_t PixelsOverDesktop(const Screenshot& shot) {
   return static_cast<size_t>(std::count_if(
       shot.pixels.begin(), shot.pixels.end(),
-      [](uint32_t pixel) { return ChannelDifference(pixel, DesktopColour()) > kTolerance; }));
+      [](uint32_t pixel) { return ChannelDifference(pixel, kDesktopColour) > kTolerance; }));
 }
 
 class DesktopPopup : public Desktop {
@@ -75,6 +94,10 @@ class DesktopPopup : public Desktop {
     host_ = CreateWindowExA(0, "DesktopTestHost", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
                             window_class.hInstance, nullptr);
     ASSERT_NE(host_, nullptr);
+    backdrop_ = OpenBackdrop();
+    ASSERT_NE(backdrop_, nullptr);
+    Pump(300);
+    ASSERT_EQ(PixelsOverDesktop(TakeScreenshot()), 0u);
     Config("Settings", "Prefer Windows 7 CCD API", 1);
     Config("PM:800x600", "Support This Mode", 0);
     Config("PM:1024x768", "Support This Mode", 0);
@@ -83,7 +106,9 @@ class DesktopPopup : public Desktop {
   void TearDown() override {
     if (DeInit != nullptr) DeInit();
     DestroyWindow(host_);
+    DestroyWindow(backdrop_);
     UnregisterClassA("DesktopTestHost", GetModuleHandleA(nullptr));
+    UnregisterClassA("DesktopTestBackdrop", GetModuleHandleA(nullptr));
     Desktop::TearDown();
   }
 
@@ -100,7 +125,7 @@ class DesktopPopup : public Desktop {
     ASSERT_EQ(static_cast<uint32_t>(rect.bottom - rect.top), kPopupHeight);
     EXPECT_EQ(rect.left, 1366 / 2 - static_cast<LONG>(PopupWidth(expected)) / 2);
     EXPECT_EQ(rect.top, 768 / 2 - static_cast<LONG>(kPopupHeight) / 2);
-    const std::vector<uint32_t> wanted = DrawOverDesktop(expected, DesktopColour());
+    const std::vector<uint32_t> wanted = DrawOverDesktop(expected, kDesktopColour);
     const DWORD begin = GetTickCount();
     std::string difference;
     do {
@@ -122,10 +147,12 @@ class DesktopPopup : public Desktop {
   }
 
   HWND host_ = nullptr;
+  HWND backdrop_ = nullptr;
 };
 
-TEST_F(DesktopPopup, DesktopIsEmptyBeforeAPress) {
+TEST_F(DesktopPopup, NothingIsShownBeforeAPress) {
   Start();
+  Pump(300);
   EXPECT_EQ(PixelsOverDesktop(TakeScreenshot()), 0u);
 }
 

@@ -12,8 +12,6 @@ namespace {
 constexpr DWORD kPatience = 10000;  // milliseconds for an answer
 constexpr DWORD kStep = 20;
 
-uint32_t g_desktop_colour = 0;
-
 std::string FolderOfThisProgram() {
   char path[MAX_PATH] = {};
   GetModuleFileNameA(nullptr, path, MAX_PATH);
@@ -67,6 +65,3 @@ Screenshot TakeScreenshot() {
   if (!ppm) throw std::runtime_error("the screenshot is cut off");
   return shot;
 }
-
-uint32_t DesktopColour() { return g_desktop_colour; }
-void SetDesktopColour(uint32_t colour) { g_desktop_colour = colour; }

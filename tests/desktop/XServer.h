@@ -20,7 +20,3 @@ std::string OutputsThatAreOn();
 
 /// @throws std::runtime_error as OutputsThatAreOn
 Screenshot TakeScreenshot();
-
-/// The colour of the desktop, 0xRRGGBB, which the suite has set.
-uint32_t DesktopColour();
-void SetDesktopColour(uint32_t colour);

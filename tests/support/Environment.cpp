@@ -20,7 +20,8 @@ constexpr DWORD kLook = 250;                // ms between two looks of the watch
 constexpr UINT kEndedByWatchdog = 3;
 constexpr UINT kEndedByCrash = 4;
 
-std::atomic<ULONGLONG> g_started{0};  // tick count at the start of the running test; 0 between tests
+std::atomic<ULONGLONG> g_started{
+    0};  // tick count at the start of the running test; 0 between tests
 char g_test_name[512];
 
 void Print(const std::string& text) {
@@ -40,7 +41,8 @@ void PrintCurrentMachine() {
   std::abort();
 }
 
-// --- Watchdog. ----------------------------------------------------------------------------------------------------
+// --- Watchdog.
+// ----------------------------------------------------------------------------------------------------
 
 ULONGLONG Patience() {
   const char* seconds = std::getenv("OSTREL_TEST_PATIENCE");
@@ -58,15 +60,16 @@ DWORD WINAPI Watch(void*) {
   }
 }
 
-// --- Crashes. -----------------------------------------------------------------------------------------------------
+// --- Crashes.
+// -----------------------------------------------------------------------------------------------------
 
 // "Ostrel.dll+0x1234": what a debugger or addr2line needs.
 std::string Place(const void* address) {
   HMODULE module = nullptr;
   char text[MAX_PATH + 64] = "unknown module";
-  GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                         GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                     static_cast<const char*>(address), &module);
+  GetModuleHandleExA(
+      GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+      static_cast<const char*>(address), &module);
   if (module != nullptr) GetModuleFileNameA(module, text, MAX_PATH);
   const std::string path = text;
   std::snprintf(text, sizeof(text), "+0x%llx",
@@ -86,7 +89,8 @@ LONG WINAPI OnCrash(EXCEPTION_POINTERS* exception) {
 [[noreturn]] void OnTerminate() {
   std::string what = "unknown";
   try {
-    if (const std::exception_ptr current = std::current_exception()) std::rethrow_exception(current);
+    if (const std::exception_ptr current = std::current_exception())
+      std::rethrow_exception(current);
   } catch (const std::exception& error) {
     what = error.what();
   } catch (...) {
@@ -94,7 +98,8 @@ LONG WINAPI OnCrash(EXCEPTION_POINTERS* exception) {
   End("[ CRASH ] std::terminate, exception: " + what, kEndedByCrash);
 }
 
-// --- Before and after each test. ----------------------------------------------------------------------------------
+// --- Before and after each test.
+// ----------------------------------------------------------------------------------
 
 void FailTest(const std::string& text) { ADD_FAILURE() << text; }
 
@@ -128,7 +133,8 @@ void InstallEnvironment() {
   SetUnhandledExceptionFilter(OnCrash);
   std::set_terminate(OnTerminate);
   sim::SetFailureSink(FailTest);
-  // gtest's own printer stands first; what a listener adds at the end of a test still counts for that test.
+  // gtest's own printer stands first; what a listener adds at the end of a test still counts for
+  // that test.
   testing::UnitTest::GetInstance()->listeners().Append(new Around);
   const HANDLE watchdog = CreateThread(nullptr, 0, Watch, nullptr, 0, nullptr);
   if (watchdog != nullptr) CloseHandle(watchdog);

@@ -1,17 +1,6 @@
 #include "tests/support/PngFile.h"
 
-#include <algorithm>
-
-#include "Common/Win.h"
-
-// The GDI+ headers want these two, which Win.h leaves out, and the min and max of old.
-#include <objidl.h>
-#include <propidl.h>
-namespace Gdiplus {
-using std::max;
-using std::min;
-}  // namespace Gdiplus
-#include <gdiplus.h>
+#include "session/popup/GdiPlusFlat.h"
 
 namespace {
 

@@ -43,11 +43,11 @@ struct CoreBox {
   // --- Win7CCD.
   /// Initial, or the text of what it threw: "1", "0" or the text.
   std::string (*InitialOf)(IMMonitor* monitor);
-  BOOL (*QueryPaths)
+  BOOL(*QueryPaths)
   (Win7CCD* ccd, UINT32 flags, std::vector<DISPLAYCONFIG_PATH_INFO>* paths,
    DISPLAYCONFIG_TOPOLOGY_ID* topology);
   uint32_t (*TechnologyFromDisplay)(Win7CCD* ccd, uint32_t display);
-  BOOL (*SelectPath)
+  BOOL(*SelectPath)
   (Win7CCD* ccd, uint32_t display, const std::vector<DISPLAYCONFIG_PATH_INFO>& paths,
    DISPLAYCONFIG_PATH_INFO* path_out);
   uint32_t (*GetActiveTargetId)(Win7CCD* ccd, uint32_t display);

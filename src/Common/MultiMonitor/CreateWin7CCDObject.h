@@ -3,6 +3,6 @@
 
 class Win7CCD;
 
-/// A new Win7CCD, or its DisplayLink derivative when the DisplayLink service is present. Owned by the caller, not
-/// initialised. Implemented by the factory.
+/// A new Win7CCD, or its DisplayLink derivative when the DisplayLink service is present. Owned by
+/// the caller, not initialised. Implemented by the factory.
 Win7CCD* CreateWin7CCDObject();

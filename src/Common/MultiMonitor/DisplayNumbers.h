@@ -29,13 +29,14 @@ struct DisplayNumbers {
 
   /// Display modes; exported numbers differ (see ostrel.h).
   enum Mode : uint32_t {
-    DM_SINGLE = 1,           // one display active
-    DM_CLONE = 2,            // two displays show the same desktop
-    DM_EXTEND = 4,           // extended desktop
-    DM_HSPAN = 8,            // horizontal span
-    DM_VSPAN = 16,           // vertical span
-    DM_ADVANCED_P1 = 128,    // the displays of both adapters side by side
-    DM_ADVANCED_P2 = 256,    // a cloned pair on one adapter, a further display of the other to its right
+    DM_SINGLE = 1,         // one display active
+    DM_CLONE = 2,          // two displays show the same desktop
+    DM_EXTEND = 4,         // extended desktop
+    DM_HSPAN = 8,          // horizontal span
+    DM_VSPAN = 16,         // vertical span
+    DM_ADVANCED_P1 = 128,  // the displays of both adapters side by side
+    DM_ADVANCED_P2 =
+        256,  // a cloned pair on one adapter, a further display of the other to its right
     DM_TRIPLE_EXTEND = 512,  // three displays extended on one adapter
     DM_TRIPLE_CLONE = 1024,  // three displays cloned on one adapter
   };

@@ -1,4 +1,5 @@
-// What needs a vendor's library but changes no mode. Reached from an IMMonitor pointer by a run-time cast.
+// What needs a vendor's library but changes no mode. Reached from an IMMonitor pointer by a
+// run-time cast.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +13,8 @@ struct EdidBlob {
   void* pv = nullptr;
 };
 
-/// IUnknown's three operations come first: a holder's first act is AddRef, Release at zero deletes the whole object,
-/// and QueryInterface is never to be called (it returns 0x80004005).
+/// IUnknown's three operations come first: a holder's first act is AddRef, Release at zero deletes
+/// the whole object, and QueryInterface is never to be called (it returns 0x80004005).
 class IDisplayExtension : public IUnknown {
  public:
   /// Makes the vendor's library usable; true at once when it already is.
@@ -22,7 +23,8 @@ class IDisplayExtension : public IUnknown {
   /// @return the same value as IMMonitor::GetVgaVendor
   virtual uint32_t GetExtensionVendor() = 0;
 
-  /// Reads the EDID of one display (exactly one MD_* bit) into `edid`; give it back through FreeEDID.
+  /// Reads the EDID of one display (exactly one MD_* bit) into `edid`; give it back through
+  /// FreeEDID.
   /// @return false when it cannot be read; `edid` then holds nothing
   virtual bool GetEDID(uint32_t display, EdidBlob* edid) = 0;
 
@@ -41,11 +43,13 @@ class IDisplayExtensionNvidia : public IDisplayExtension {
   /// @return true when the notebook's outputs hang on the discrete adapter alone
   virtual bool IsDiscreteOnly() = 0;
 
-  /// @return true when the NVIDIA adapter has the internal panel and an HDMI or DisplayPort connector
+  /// @return true when the NVIDIA adapter has the internal panel and an HDMI or DisplayPort
+  /// connector
   virtual bool IsCrossAdapterCapable() = 0;
 
  protected:
-  ~IDisplayExtensionNvidia() = default;  // Release ends the object, never a delete through this interface
+  ~IDisplayExtensionNvidia() =
+      default;  // Release ends the object, never a delete through this interface
 };
 
 class IDisplayExtensionAMD : public IDisplayExtension {
@@ -54,5 +58,6 @@ class IDisplayExtensionAMD : public IDisplayExtension {
   virtual bool HasSLSGrid() = 0;
 
  protected:
-  ~IDisplayExtensionAMD() = default;  // Release ends the object, never a delete through this interface
+  ~IDisplayExtensionAMD() =
+      default;  // Release ends the object, never a delete through this interface
 };

@@ -1,5 +1,5 @@
-// The display-control contract that every back-end implements: the seventeen operations in their fixed order,
-// with the display flags, mode values and vendor ids of DisplayNumbers.h.
+// The display-control contract that every back-end implements: the seventeen operations in their
+// fixed order, with the display flags, mode values and vendor ids of DisplayNumbers.h.
 #pragma once
 
 #include <cstdint>
@@ -7,11 +7,15 @@
 #include "Common/MultiMonitor/DisplayNumbers.h"
 #include "Common/Win.h"
 
-/// Controls the displays of the machine. Truth values are 32-bit, non-zero is success; no operation is reentrant and
-/// all run on the host's thread. Masks are sets of MD_* bits; "one bit" means exactly one of them.
+/// Controls the displays of the machine. Truth values are 32-bit, non-zero is success; no operation
+/// is reentrant and all run on the host's thread. Masks are sets of MD_* bits; "one bit" means
+/// exactly one of them.
+// Deliberate: the order of the operations and the spelling of ShouldResetDisplaySettingAfterSwtich
+// are fixed.
 class IMMonitor : public DisplayNumbers {
  public:
-  /// Binds the vendor's library and reads what the other operations need. May be called again on a ready object.
+  /// Binds the vendor's library and reads what the other operations need. May be called again on a
+  /// ready object.
   /// @return 0 on failure; the caller then destroys the object
   virtual BOOL Initial() = 0;
 
@@ -20,7 +24,8 @@ class IMMonitor : public DisplayNumbers {
 
   /// Reports every display physically attached, active or not.
   /// @param displays       out; mask of MD_* bits; never null; the caller clears it before the call
-  /// @param display_count  out; number of displays, which may exceed the bits in `displays`; cleared by the caller
+  /// @param display_count  out; number of displays, which may exceed the bits in `displays`;
+  /// cleared by the caller
   /// @return 0 when the driver cannot be asked; the outputs are then unspecified
   /// @note host thread, after Initial; call DetectDisplays first when the host asks
   virtual BOOL GetConnectedDisplays(uint32_t* displays, uint32_t* display_count) = 0;
@@ -38,11 +43,12 @@ class IMMonitor : public DisplayNumbers {
   /// @return 0 when the driver refused; what is then active is whatever the driver left
   virtual BOOL SetNewDisplayMode(uint32_t mode, uint32_t displays) = 0;
 
-  /// Asks the driver to detect attached displays again; called right before the connected or active displays are read
-  /// on behalf of the host.
+  /// Asks the driver to detect attached displays again; called right before the connected or active
+  /// displays are read on behalf of the host.
   virtual void DetectDisplays() = 0;
 
-  /// Walks the mode lists of the first two display devices, for the effect on the driver's mode cache.
+  /// Walks the mode lists of the first two display devices, for the effect on the driver's mode
+  /// cache.
   virtual void PreloadDisplayModes() = 0;
 
   /// @return 1 while more than one desktop-attached, non-mirroring device exists
@@ -61,6 +67,7 @@ class IMMonitor : public DisplayNumbers {
   virtual BOOL HasDualOutputCapability() = 0;
 
   /// @return non-zero when the driver permits switching at all
+  // Deliberate: every back-end answers, and nothing in the library asks.
   virtual BOOL HasDisplaySwitchingCapability() = 0;
 
   /// @return non-zero when the session must re-apply remembered resolutions after a switch
@@ -71,7 +78,8 @@ class IMMonitor : public DisplayNumbers {
 
   /// Fills `dm` with the current settings of one display.
   /// @param imm_display  exactly one MD_* bit
-  /// @param dm           caller's record, dmSize 156 and dmFields 0x5C0080 on entry; pixels, bits per pixel, Hz
+  /// @param dm           caller's record, dmSize 156 and dmFields 0x5C0080 on entry; pixels, bits
+  /// per pixel, Hz
   /// @return false when the settings cannot be had; `dm` is then unspecified
   virtual bool GetDisplaySettings(uint32_t imm_display, DEVMODEA* dm) = 0;
 };

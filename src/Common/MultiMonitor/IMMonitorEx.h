@@ -1,4 +1,5 @@
-// Mode and resolution in one driver call; only some back-ends have it. Reached by a run-time cast from IMMonitor.
+// Mode and resolution in one driver call; only some back-ends have it. Reached by a run-time cast
+// from IMMonitor.
 #pragma once
 
 #include <cstdint>

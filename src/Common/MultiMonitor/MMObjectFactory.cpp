@@ -38,14 +38,14 @@ void MMObjectFactory::DeleteObjects() {
 }
 
 IMMonitor* MMObjectFactory::Choose() {
-  // 1. The configuration may settle it.
+  // The configuration may settle it.
   if (IMMonitor* preferred = UsePreferredWin7CCD()) return preferred;
 
-  // 2. and 3. The adapters present, enumerated anew at every call.
+  // The adapters present, enumerated anew at every call.
   const std::vector<uint16_t> vendors = ListAdapterVendors(true);
   if (vendors.empty()) return UseObjectWithoutVendor();
 
-  // 4. and 5. Two adapters of which NVIDIA's can place displays across the other.
+  // Two adapters of which NVIDIA's can place displays across the other.
   const bool several = vendors.size() >= 2;
   const bool has_nvidia = ListsVendor(vendors, kVendorNvidia);
   ProbeObjects probe;
@@ -53,16 +53,16 @@ IMMonitor* MMObjectFactory::Choose() {
     return UseHybridController(&probe);
   }
 
-  // 6. to 8. One adapter, or the one of two that leads.
+  // One adapter, or the one of two that leads.
   if (!several) return UseOnlyVendor(vendors.front());
   if (has_nvidia) return UseProbedVendor(&probe);
   if (ListsVendor(vendors, kVendorAmd)) return UseAmdOrIntel(&probe);
 
-  // 9. Two Intel adapters with something unknown listed between them.
+  // Two Intel adapters with something unknown listed between them.
   return RememberUnsaved(new NullMonitorController());
 }
 
-// Step 1. Null: the operating system's own interface is not preferred.
+// Null: the operating system's own interface is not preferred.
 IMMonitor* MMObjectFactory::UsePreferredWin7CCD() {
   if (!IsWindows7OrLater() || PreferWindows7CCDAPI() == 0) return nullptr;
   if (m_instance != nullptr && m_activeVendor == kVendorWin7CCD) return m_instance;
@@ -75,7 +75,7 @@ IMMonitor* MMObjectFactory::UsePreferredWin7CCD() {
   return m_instance;
 }
 
-// Step 3.
+// No adapter of a supported vendor.
 IMMonitor* MMObjectFactory::UseObjectWithoutVendor() {
   LOG(ERROR) << "No VGA vendor found, use CCD to manage display";
   DCHECK(false) << "No VGA vendor found, this should never happened";
@@ -84,7 +84,7 @@ IMMonitor* MMObjectFactory::UseObjectWithoutVendor() {
   return RememberUnsaved(new NullMonitorController());
 }
 
-// Step 5.
+// Two adapters under one controller.
 IMMonitor* MMObjectFactory::UseHybridController(ProbeObjects* probe) {
   // Deliberate: an active object stays, whatever it is, and the probe's objects were made for
   // nothing.
@@ -113,8 +113,8 @@ IMMonitor* MMObjectFactory::UseHybridController(ProbeObjects* probe) {
   return m_instance;
 }
 
-// Step 6. The cross-adapter question is not asked with one adapter, so that nothing has been made
-// yet.
+// One adapter. The cross-adapter question is not asked with one adapter, so that nothing has been
+// made yet.
 IMMonitor* MMObjectFactory::UseOnlyVendor(uint16_t first) {
   if (m_instance == nullptr || m_factoryVendor != first) {
     m_factoryVendor = first;
@@ -125,13 +125,14 @@ IMMonitor* MMObjectFactory::UseOnlyVendor(uint16_t first) {
   return m_instance;
 }
 
-// Step 7.
+// Two adapters, one of them NVIDIA's: the one that leads.
 IMMonitor* MMObjectFactory::UseProbedVendor(ProbeObjects* probe) {
   if (m_probeNvidia != 0) ProbeNvidia(probe);
   return m_useNvidiaOnHybrid == 0 ? UseIntel(probe) : UseNvidia(probe);
 }
 
-// Steps 7.2 and 7.3.
+// Sets m_useNvidiaOnHybrid when the NVIDIA adapter leads. Leaves probe->nv null when its library
+// does not start.
 void MMObjectFactory::ProbeNvidia(ProbeObjects* probe) {
   if (probe->nv == nullptr) probe->nv = NvidiaObjectToProbe();
   IMMonitor* const nv = probe->nv;
@@ -159,7 +160,7 @@ IMMonitor* MMObjectFactory::NvidiaObjectToProbe() {
   return CreateNvidiaV3Object();
 }
 
-// Step 7.4.
+// The Intel object is chosen.
 IMMonitor* MMObjectFactory::UseIntel(ProbeObjects* probe) {
   probe->DropNv();
   if (m_instance == nullptr || m_factoryVendor != kVendorIntel) {
@@ -180,7 +181,7 @@ IMMonitor* MMObjectFactory::UseIntel(ProbeObjects* probe) {
   return m_instance;
 }
 
-// Step 7.5.
+// The NVIDIA object is chosen.
 IMMonitor* MMObjectFactory::UseNvidia(ProbeObjects* probe) {
   IMMonitor* const nv = probe->nv;
   DCHECK(nv != NULL);
@@ -192,7 +193,7 @@ IMMonitor* MMObjectFactory::UseNvidia(ProbeObjects* probe) {
   return m_instance;
 }
 
-// Step 8.
+// Two adapters, one of them AMD's.
 IMMonitor* MMObjectFactory::UseAmdOrIntel(ProbeObjects* probe) {
   std::unique_ptr<IMMonitor> adl(NewADLImpl());
   if (adl == nullptr || adl->Initial() == 0) {

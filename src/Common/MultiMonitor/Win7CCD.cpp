@@ -58,6 +58,7 @@ BOOL Win7CCD::Initial() {
   return TRUE;
 }
 
+// Deliberate: interfaces are had by a run-time cast and never from here.
 HRESULT Win7CCD::QueryInterface(REFIID /*iid*/, void** /*object*/) {
   DCHECK(0 && "Should never call this function");
   return E_FAIL;

@@ -63,8 +63,10 @@ BOOL Win7CCD::GetCurrentDisplayMode(uint32_t* mode, uint32_t* displays) {
 BOOL Win7CCD::SetNewDisplayMode(uint32_t mode, uint32_t displays) {
   PathList paths;
   if (QuerySortedPaths(QDC_ALL_PATHS, &paths) == 0) return FALSE;
-  // Windows chooses the displays of a topology itself; with three it may choose the wrong ones.
-  // Deliberate: with the lasso status set it may choose all the same.
+  // Windows chooses the displays of a topology itself, and with three of them perhaps the wrong
+  // ones.
+  // Deliberate: with three technologies the topology is not even tried, unless the lasso status is
+  // set.
   if (paths.size() >= 3 && g_lassoBoxStatus == 0) return ApplyPaths(mode, displays, paths);
 
   const uint32_t topology = TopologyOfMode(mode, displays);

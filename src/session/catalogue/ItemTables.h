@@ -56,7 +56,7 @@ struct Candidate {
   uint32_t icon;
 };
 
-/// Table A, the ordinary list. Its DM_EXTEND rows add no item: they are there so that their
+/// The ordinary list. Its DM_EXTEND rows add no item: they are there so that their
 /// settings keys are registered.
 constexpr Candidate kOrdinaryCandidates[] = {
     {DisplayNumbers::DM_SINGLE, 0x01, 0},   // panel alone
@@ -72,29 +72,41 @@ constexpr Candidate kOrdinaryCandidates[] = {
     {DisplayNumbers::DM_SINGLE, 0x20, 12},  // DisplayPort alone
     {DisplayNumbers::DM_CLONE, 0x41, 15},   // panel and wireless display
     {DisplayNumbers::DM_SINGLE, 0x40, 14},  // wireless display alone
-    {DisplayNumbers::DM_EXTEND, 0x03, 18}, {DisplayNumbers::DM_EXTEND, 0x03, 19},
-    {DisplayNumbers::DM_EXTEND, 0x11, 21}, {DisplayNumbers::DM_EXTEND, 0x21, 20},
-    {DisplayNumbers::DM_EXTEND, 0x41, 22},
+    {DisplayNumbers::DM_EXTEND, 0x03, 18},  // key only
+    {DisplayNumbers::DM_EXTEND, 0x03, 19},  // key only
+    {DisplayNumbers::DM_EXTEND, 0x11, 21},  // key only
+    {DisplayNumbers::DM_EXTEND, 0x21, 20},  // key only
+    {DisplayNumbers::DM_EXTEND, 0x41, 22},  // key only
 };
 
-/// Table B, machines whose displays hang on two adapters.
+/// Machines whose displays hang on two adapters.
 constexpr Candidate kHybridCandidates[] = {
-    {DisplayNumbers::DM_SINGLE, 0x01, 0},       {DisplayNumbers::DM_ADVANCED_P1, 0x33, 16},
-    {DisplayNumbers::DM_ADVANCED_P2, 0x33, 17}, {DisplayNumbers::DM_SINGLE, 0x02, 1},
-    {DisplayNumbers::DM_SINGLE, 0x08, 3},       {DisplayNumbers::DM_SINGLE, 0x10, 8},
-    {DisplayNumbers::DM_SINGLE, 0x20, 12},
+    {DisplayNumbers::DM_SINGLE, 0x01, 0},        // panel alone
+    {DisplayNumbers::DM_ADVANCED_P1, 0x33, 16},  // both adapters side by side
+    {DisplayNumbers::DM_ADVANCED_P2, 0x33, 17},  // a cloned pair, the rest to its right
+    {DisplayNumbers::DM_SINGLE, 0x02, 1},        // CRT alone
+    {DisplayNumbers::DM_SINGLE, 0x08, 3},        // DVI alone
+    {DisplayNumbers::DM_SINGLE, 0x10, 8},        // HDMI alone
+    {DisplayNumbers::DM_SINGLE, 0x20, 12},       // DisplayPort alone
 };
 
-/// Table C, machines that can drive three displays together.
+/// Machines that can drive three displays together.
 constexpr Candidate kTripleCandidates[] = {
-    {DisplayNumbers::DM_SINGLE, 0x01, 0},         {DisplayNumbers::DM_TRIPLE_EXTEND, 0x13, 26},
-    {DisplayNumbers::DM_TRIPLE_EXTEND, 0x23, 27}, {DisplayNumbers::DM_TRIPLE_EXTEND, 0x31, 28},
-    {DisplayNumbers::DM_TRIPLE_EXTEND, 0x29, 28}, {DisplayNumbers::DM_TRIPLE_EXTEND, 0x0B, 26},
-    {DisplayNumbers::DM_TRIPLE_CLONE, 0x13, 23},  {DisplayNumbers::DM_TRIPLE_CLONE, 0x23, 24},
-    {DisplayNumbers::DM_TRIPLE_CLONE, 0x31, 25},  {DisplayNumbers::DM_TRIPLE_CLONE, 0x29, 25},
-    {DisplayNumbers::DM_TRIPLE_CLONE, 0x0B, 23},  {DisplayNumbers::DM_SINGLE, 0x02, 1},
-    {DisplayNumbers::DM_SINGLE, 0x08, 3},         {DisplayNumbers::DM_SINGLE, 0x10, 8},
-    {DisplayNumbers::DM_SINGLE, 0x20, 12},
+    {DisplayNumbers::DM_SINGLE, 0x01, 0},          // panel alone
+    {DisplayNumbers::DM_TRIPLE_EXTEND, 0x13, 26},  // panel, CRT, HDMI extended
+    {DisplayNumbers::DM_TRIPLE_EXTEND, 0x23, 27},  // panel, CRT, DisplayPort extended
+    {DisplayNumbers::DM_TRIPLE_EXTEND, 0x31, 28},  // panel, HDMI, DisplayPort extended
+    {DisplayNumbers::DM_TRIPLE_EXTEND, 0x29, 28},  // panel, DVI, DisplayPort extended
+    {DisplayNumbers::DM_TRIPLE_EXTEND, 0x0B, 26},  // panel, CRT, DVI extended
+    {DisplayNumbers::DM_TRIPLE_CLONE, 0x13, 23},   // panel, CRT, HDMI cloned
+    {DisplayNumbers::DM_TRIPLE_CLONE, 0x23, 24},   // panel, CRT, DisplayPort cloned
+    {DisplayNumbers::DM_TRIPLE_CLONE, 0x31, 25},   // panel, HDMI, DisplayPort cloned
+    {DisplayNumbers::DM_TRIPLE_CLONE, 0x29, 25},   // panel, DVI, DisplayPort cloned
+    {DisplayNumbers::DM_TRIPLE_CLONE, 0x0B, 23},   // panel, CRT, DVI cloned
+    {DisplayNumbers::DM_SINGLE, 0x02, 1},          // CRT alone
+    {DisplayNumbers::DM_SINGLE, 0x08, 3},          // DVI alone
+    {DisplayNumbers::DM_SINGLE, 0x10, 8},          // HDMI alone
+    {DisplayNumbers::DM_SINGLE, 0x20, 12},         // DisplayPort alone
 };
 
 /// Extended desktop onto one of several external displays, each with mode DM_EXTEND.
@@ -103,8 +115,11 @@ struct ExtendCandidate {
   uint32_t icon;
 };
 constexpr ExtendCandidate kExtendCandidates[] = {
-    {0x03, 19}, {0x11, 21}, {0x09, 21},  // Deliberate: DVI shares the HDMI picture.
-    {0x21, 20}, {0x41, 22},
+    {0x03, 19},  // CRT
+    {0x11, 21},  // HDMI
+    {0x09, 21},  // Deliberate: DVI shares the HDMI picture.
+    {0x21, 20},  // DisplayPort
+    {0x41, 22},  // wireless display
 };
 
 /// Pictures of the advanced modes by which of CRT, HDMI and DisplayPort are connected; any other

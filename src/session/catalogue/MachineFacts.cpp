@@ -118,7 +118,7 @@ bool CanCloneOnDiscreteOutputs(IMMonitor* (*create)()) {
     try {
       if (SeesDisplaysOnOneAdapter(create)) g_cloneOnDiscreteOutputs = 0;
     } catch (...) {
-      VLOG(1) << "The active vendor's object could not be asked for its displays";
+      // The object could not be asked.
     }
   }
   return g_cloneOnDiscreteOutputs != 0;
