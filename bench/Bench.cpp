@@ -1,5 +1,6 @@
-// What diagnostics cost where they are off, beside an empty loop, and what a load of the library costs. Prints figures
-// and judges nothing: a number depends on the machine and on what else runs there.
+// What diagnostics cost where they are off, beside an empty loop, and what a load of the library
+// costs. Prints figures and judges nothing: a number depends on the machine and on what else runs
+// there.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,8 @@
 // The library's white-box build on a simulated notebook, for tests of the display-control core.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
 

@@ -1,5 +1,6 @@
-// What the white-box build of the library (the same objects, one export more) hands to the tests: tables of pointers to
-// inner functions and makers of inner objects, one table a layer. Only that build links tests/whitebox/*.cpp.
+// What the white-box build of the library (the same objects, one export more) hands to the tests:
+// tables of pointers to inner functions and makers of inner objects, one table a layer. Only that
+// build links tests/whitebox/*.cpp.
 #pragma once
 
 #include "tests/whitebox/CoreBox.h"

@@ -1,0 +1,61 @@
+// What the tests of Win7CCD share: its reports as values, and the journal's line for
+// SetDisplayConfig.
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "tests/behaviour/CoreHost.h"
+
+namespace ccd_test {
+
+using PathList = std::vector<DISPLAYCONFIG_PATH_INFO>;
+
+constexpr char kPanelAndCrt[] = "win7 intel: internal 1366x768 active, crt 1024x768";
+constexpr char kThree[] = "win7 intel*3: internal 1366x768 active, crt 1024x768, hdmi 1920x1080";
+constexpr uint32_t kInternal = 0x80000000;
+constexpr uint32_t kOther = 0xFFFFFFFF;
+
+struct Report {
+  BOOL result = 0;
+  uint32_t displays = 0;
+  uint32_t count = 0;
+};
+inline bool operator==(const Report& a, const Report& b) {
+  return a.result == b.result && a.displays == b.displays && a.count == b.count;
+}
+inline std::ostream& operator<<(std::ostream& out, const Report& report) {
+  return out << report.result << ": 0x" << std::hex << report.displays << std::dec << " of "
+             << report.count;
+}
+
+inline Report Connected(const CcdPointer& ccd) {
+  Report report;
+  report.result = ccd->GetConnectedDisplays(&report.displays, &report.count);
+  return report;
+}
+
+inline Report Active(const CcdPointer& ccd) {
+  Report report;
+  report.result = ccd->GetActiveDisplays(&report.displays, &report.count);
+  return report;
+}
+
+inline Report Mode(const CcdPointer& ccd) {  // the mode as the count
+  Report report;
+  report.result = ccd->GetCurrentDisplayMode(&report.count, &report.displays);
+  return report;
+}
+
+inline std::string Set(uint32_t paths, const char* flags, uint32_t result = 0) {
+  return "SetDisplayConfig(paths=" + std::to_string(paths) + " flags=" + flags +
+         ")=" + std::to_string(result) + "\n";
+}
+
+struct TechnologyRow {
+  uint32_t technology;
+  uint32_t flag;
+};
+
+}  // namespace ccd_test
