@@ -83,7 +83,7 @@ class PressStory {
   }
 
   std::string ModeNow() const {
-    const std::string told = ModeText(ReadCurrentMode(stage_.exports()));
+    std::string told = ModeText(ReadCurrentMode(stage_.exports()));
     if (stage_.notebook() == nullptr) return told;
     return told + "   (the notebook itself: " + stage_.notebook()->Topology() + ")";
   }

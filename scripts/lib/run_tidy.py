@@ -54,8 +54,9 @@ def digest_of(paths):
 
 
 def common_state(source_folder):
-    headers = [os.path.join(source_folder, ".clang-tidy")]
+    headers = [f"{source_folder}/.clang-tidy"]
     for folder in OWN_FOLDERS:
+        headers += glob.glob(f"{source_folder}/{folder}/**/.clang-tidy", recursive=True)
         headers += glob.glob(f"{source_folder}/{folder}/**/*.h", recursive=True)
     version = subprocess.run([TIDY, "--version"], capture_output=True, check=True).stdout
     return digest_of(headers) + hashlib.sha256(version).hexdigest()

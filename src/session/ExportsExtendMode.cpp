@@ -30,7 +30,8 @@ BOOL ExportDisplays(DisplayReport report, uint32_t* displays, uint32_t* count) {
   return 1;
 }
 
-/// Whether the panel is the one display, or leads the one mode, so that extending may start.
+/// Whether extending may start from what is shown now.
+/// Deliberate: the panel among the displays of a single mode is enough.
 bool StartsFromPanel(IMMonitor* object) {
   uint32_t mode = 0;
   uint32_t displays = 0;

@@ -47,9 +47,9 @@ struct CoreHost {
   /// The log's messages from now on.
   std::string TakeLog() {
     const std::string all = Messages(machine.Log());
-    const std::string taken = all.substr(log_taken_);
+    const size_t from = log_taken_;
     log_taken_ = all.size();
-    return taken;
+    return all.substr(from);
   }
   /// How many libraries the DLL holds.
   size_t Modules() const { return CountOf(machine.Outstanding(), "module "); }

@@ -41,7 +41,8 @@ IMMonitor* MMObjectFactory::Choose() {
   // The configuration may settle it.
   if (IMMonitor* preferred = UsePreferredWin7CCD()) return preferred;
 
-  // The adapters present, enumerated anew at every call.
+  // Deliberate: the adapters present are enumerated anew at every call, so that one that has been
+  // disabled counts from then on.
   const std::vector<uint16_t> vendors = ListAdapterVendors(true);
   if (vendors.empty()) return UseObjectWithoutVendor();
 
@@ -121,6 +122,7 @@ IMMonitor* MMObjectFactory::UseOnlyVendor(uint16_t first) {
     ReplaceInstance(nullptr);
     CreateIMMonitorByVendor(first);
   }
+  // Deliberate: the adapter's vendor, also where a DisplayLink object answers with another one.
   m_activeVendor = m_factoryVendor;
   return m_instance;
 }

@@ -120,7 +120,7 @@ IDisplayExtension* CreateDisplayExtensionByVendor(uint32_t vendor) {
     auto* const extension = dynamic_cast<IDisplayExtension*>(object.get());
     if (extension == nullptr) return nullptr;
     extension->AddRef();
-    object.release();  // from here on its count ends it
+    static_cast<void>(object.release());  // from here on its count ends it
     return extension;
   } catch (...) {
     return nullptr;

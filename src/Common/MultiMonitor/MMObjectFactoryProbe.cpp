@@ -118,6 +118,7 @@ bool SupportNvidiaCrossAdapter(IMMonitor** intel, IMMonitor** nv) {
 }
 
 uint32_t GetActiveVendorId() {
+  // Deliberate: other than the decision tree this does not see root-enumerated devices.
   const std::vector<uint16_t> vendors = ListAdapterVendors(false);
   if (vendors.empty()) {
     LOG(ERROR) << "No valid VGA vendor id found";
