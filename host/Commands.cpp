@@ -38,6 +38,14 @@ void TellMode(Stage& stage, Report& report) {
                             : nlohmann::json(nullptr));
 }
 
+/// What a call that reached the notebook is to the host; empty for most.
+std::string MeaningOf(const std::string& call) {
+  if (call.rfind("PostMessageA(", 0) != 0) return "";
+  if (call.find("wparam=1 ") != std::string::npos) return "notification 1 is posted";
+  if (call.find("wparam=2 ") != std::string::npos) return "notification 2 is posted";
+  return "";
+}
+
 /// Runs a command that changes the machine, and tells what came of it.
 template <typename Change>
 int ChangeMachine(Stage& stage, Report& report, Change change) {
@@ -72,7 +80,9 @@ void TellChanges(Stage& stage, Report& report) {
   if (stage.notebook() == nullptr) return;
   std::istringstream journal(stage.notebook()->TakeJournal());
   for (std::string line; std::getline(journal, line);) {
-    report.Event("", "  " + line, {{"event", "call"}, {"call", line}});
+    const std::string meaning = MeaningOf(line);
+    report.Event("", "  " + line + (meaning.empty() ? "" : "   <- " + meaning),
+                 {{"event", "call"}, {"call", line}, {"meaning", meaning}});
   }
 }
 

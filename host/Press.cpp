@@ -141,6 +141,10 @@ class PressStory {
   }
 
   void OnNotification(uint32_t code) {
+    if (code == 2) {
+      report_.Event("Closed",
+                    "the pop-up has gone; from then on, in this order:", {{"event", "closed"}});
+    }
     TellChanges(stage_, report_);
     report_.Event("Received",
                   code == 1 ? "notification 1: the pop-up is about to run"

@@ -363,7 +363,7 @@ Model ParseMachineText(const std::string& text, const std::string& path) {
 
 Model LoadMachineFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
-  if (!in) throw MachineFileError(path + ", line 0, field \"\": the file cannot be read");
+  if (!in) throw MachineFileError(path + ": the file cannot be read");
   std::ostringstream text;
   text << in.rdbuf();
   return ParseMachineText(text.str(), path);
