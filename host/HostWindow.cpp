@@ -10,11 +10,16 @@ constexpr wchar_t kClassName[] = L"OstrelHostWindow";
 constexpr UINT_PTR kTimer = 1;
 constexpr int kHotkey = 1;
 
+constexpr DWORD kGraceAtClose = 5000;  // milliseconds; about what Windows itself grants
+
 HWND g_window_to_close = nullptr;
 
-/// Runs on a thread of the system's own: it may only post.
-BOOL WINAPI OnConsoleEvent(DWORD /*event*/) {
+/// Runs on a thread of the system's own: it may only post. When the console closes or the user logs
+/// off, Windows ends the process as soon as this returns, so that the host's thread is given the
+/// time to end the library first; the process then ends of its own and this never returns.
+BOOL WINAPI OnConsoleEvent(DWORD event) {
   PostMessageW(g_window_to_close, WM_CLOSE, 0, 0);
+  if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) Sleep(kGraceAtClose);
   return TRUE;
 }
 
@@ -36,6 +41,9 @@ std::optional<UINT> KeyFromWord(const std::string& word) {
     return static_cast<UINT>(std::toupper(static_cast<unsigned char>(word[0])));
   }
   if (word.size() < 2 || word[0] != 'f') return std::nullopt;
+  if (word.find_first_not_of("0123456789", 1) != std::string::npos || word.size() > 3) {
+    return std::nullopt;
+  }
   const int number = std::atoi(word.c_str() + 1);
   if (number < 1 || number > 24) return std::nullopt;
   return static_cast<UINT>(VK_F1 + number - 1);
@@ -45,6 +53,9 @@ std::optional<Hotkey> ParseHotkey(const std::string& text) {
   Hotkey hotkey;
   std::istringstream words(text);
   for (std::string word; std::getline(words, word, '+');) {
+    for (char& letter : word) {
+      letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+    }
     bool is_modifier = false;
     for (const Modifier& modifier : kModifiers) {
       if (word == modifier.word) {
@@ -77,7 +88,7 @@ HostWindow::HostWindow() {
 }
 
 HostWindow::~HostWindow() {
-  SetConsoleCtrlHandler(&OnConsoleEvent, FALSE);
+  // The handler stays: a second Ctrl+C must not end the process while the library is being ended.
   if (window_ != nullptr) DestroyWindow(window_);
 }
 

@@ -10,6 +10,7 @@
 #include "host/Commands.h"
 #include "host/Press.h"
 #include "host/Words.h"
+#include "sim/Failure.h"
 
 namespace {
 
@@ -107,16 +108,27 @@ void AddPresses(CLI::App& app, Options* options, Command* chosen) {
   });
 }
 
+/// What the simulated notebook found wrong with the library: an unlisted call, a leak at unload.
+bool g_simulator_complained = false;
+
+void OnSimulatorFailure(const std::string& text) {
+  g_simulator_complained = true;
+  std::fprintf(stderr, "ostrel-host: the simulated notebook: %s\n", text.c_str());
+}
+
 int Execute(const Options& options, const Command& command) {
-  const std::unique_ptr<Stage> stage = options.machine.empty()
-                                           ? Stage::OnThisMachine(options.library)
-                                           : Stage::OnNotebook(options.library, options.machine);
+  sim::SetFailureSink(&OnSimulatorFailure);
+  std::unique_ptr<Stage> stage = options.machine.empty()
+                                     ? Stage::OnThisMachine(options.library)
+                                     : Stage::OnNotebook(options.library, options.machine);
   Report report(options.json);
   if (!options.machine.empty()) {
     report.Fact("Notebook", options.machine, "machine", options.machine);
   }
   const int exit_code = command(*stage, report);
   report.Finish();
+  stage.reset();  // unloads the library, which may still have something to answer for
+  if (exit_code == kExitDone && g_simulator_complained) return kExitFailed;
   return exit_code;
 }
 

@@ -82,12 +82,15 @@ void Clock::ForgetWindow(HWND window) {
   timers_.erase(std::remove_if(timers_.begin(), timers_.end(), gone), timers_.end());
 }
 
-void Clock::ForgetProceduresIn(const void* begin, const void* end) {
-  const auto gone = [&](const Machine::Timer& timer) {
+std::vector<Machine::Timer> Clock::ForgetProceduresIn(const void* begin, const void* end) {
+  const auto stays = [&](const Machine::Timer& timer) {
     const void* code = reinterpret_cast<const void*>(timer.procedure);
-    return code >= begin && code < end;
+    return code < begin || code >= end;
   };
-  timers_.erase(std::remove_if(timers_.begin(), timers_.end(), gone), timers_.end());
+  const auto gone = std::stable_partition(timers_.begin(), timers_.end(), stays);
+  const std::vector<Machine::Timer> dropped(gone, timers_.end());
+  timers_.erase(gone, timers_.end());
+  return dropped;
 }
 
 std::optional<Machine::Timer> Clock::NextDue(uint64_t moment) {

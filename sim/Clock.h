@@ -32,7 +32,8 @@ class Clock {
   bool Disarm(HWND window, UINT_PTR id);
   void Record(const Machine::Timer& timer);  // one that Windows itself keeps (real time)
   void ForgetWindow(HWND window);
-  void ForgetProceduresIn(const void* begin, const void* end);
+  /// Drops the timers whose procedure lies in that range and returns them.
+  std::vector<Machine::Timer> ForgetProceduresIn(const void* begin, const void* end);
   /// Takes the earliest timer due by `moment`, arms it again one period on, and returns it as it
   /// was.
   std::optional<Machine::Timer> NextDue(uint64_t moment);

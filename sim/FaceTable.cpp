@@ -1,6 +1,7 @@
 #include "sim/FaceTable.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 
 #include "sim/Failure.h"
@@ -14,6 +15,25 @@ using FaceFunction = const std::vector<Entry>& (*)();
 constexpr FaceFunction kFaces[] = {
     DisplayDevicesFace, DisplayConfigFace, SetupApiFace, RegistryFace, SystemFace, LoaderFace,
     TimeFace,           WindowFace,        GdiFace,      HandleFace,   ComFace,    RunTimeFace,
+};
+
+constexpr const char* kNeverFailing[] = {
+    "CoUninitialize",
+    "FreeLibraryAndExitThread",
+    "GdiplusShutdown",
+    "GetCommandLineA",
+    "GetCommandLineW",
+    "GetLocalTime",
+    "GetSystemTime",
+    "GetSystemTimeAsFileTime",
+    "GetSystemTimePreciseAsFileTime",
+    "GetTickCount",
+    "GetTickCount64",
+    "InitCommonControls",
+    "PostQuitMessage",
+    "Sleep",
+    "clock",
+    "getenv",
 };
 
 std::vector<const Entry*> Collect() {
@@ -48,6 +68,11 @@ const Entry* FindEntryByName(const std::string& name) {
     if (name == entry->name) return entry;
   }
   return nullptr;
+}
+
+bool CanFail(const std::string& name) {
+  return std::none_of(std::begin(kNeverFailing), std::end(kNeverFailing),
+                      [&](const char* never) { return name == never; });
 }
 
 bool IsAvailable(const Entry& entry) {

@@ -18,6 +18,10 @@ const Entry* FindEntry(const std::string& module, const std::string& name);
 /// The same whatever the module: Windows forwards many functions from one library to another.
 const Entry* FindEntryByName(const std::string& name);
 
+/// Whether the function has a failure to answer with. False for those that document none (Sleep,
+/// GdiplusShutdown, ...): a fault declared for one could not happen.
+bool CanFail(const std::string& name);
+
 /// Whether the Windows of the current machine has the function.
 bool IsAvailable(const Entry& entry);
 

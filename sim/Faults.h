@@ -17,6 +17,8 @@ class Faults {
   /// behind it.
   void Declare(const std::string& function, uint32_t nth, uint32_t code, bool from_then_on);
   void Clear();
+  /// The faults declared for one call that has not come, "SetTimer, call 2", one text each.
+  std::vector<std::string> Unused() const;
   /// Counts a call; the code when this call is to fail.
   std::optional<uint32_t> OnCall(const std::string& function);
   uint32_t Calls(const std::string& function) const;
@@ -25,9 +27,11 @@ class Faults {
 
  private:
   struct Fault {
+    uint32_t nth;   // as declared
     uint32_t call;  // counted from the first call ever
     uint32_t code;
     bool from_then_on;
+    bool given;
   };
   mutable Mutex mutex_;
   std::map<std::string, uint32_t> calls_;

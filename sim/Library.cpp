@@ -57,6 +57,15 @@ void UnregisterClasses(Machine::State& state) {
   state.windows.classes.clear();
 }
 
+// Its next tick would call into nowhere. A window that is gone took its timers along.
+void ReportLeftTimers(const std::vector<Machine::Timer>& timers) {
+  for (const Machine::Timer& timer : timers) {
+    if (timer.window != nullptr && !IsWindow(timer.window)) continue;
+    ReportFailure("left armed by the unload of the DLL: timer " + std::to_string(timer.id) +
+                  ", period " + std::to_string(timer.period));
+  }
+}
+
 }  // namespace
 
 struct Library::Implementation {
@@ -138,7 +147,8 @@ void Library::Implementation::Unload() {
   module = nullptr;
   if (GetModuleHandleW(path) != nullptr) ReportFailure("the DLL is still loaded after its unload");
   UnregisterClasses(state);
-  state.clock.ForgetProceduresIn(range.begin, range.end);
+  const std::vector<Machine::Timer> timers = state.clock.ForgetProceduresIn(range.begin, range.end);
+  if (!forgiven) ReportLeftTimers(timers);
   state.ledger.Settle();
   const std::string outstanding = state.ledger.Outstanding();
   if (!outstanding.empty() && !forgiven) {

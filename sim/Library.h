@@ -18,7 +18,8 @@ class Library {
   /// Loads build's DLL (Ostrel.dll or OstrelWhiteBox.dll beside the test executable, or the path in
   /// the environment variable OSTREL_DLL). A failed load throws std::runtime_error.
   explicit Library(Machine& machine, Build build = Build::kShipped);
-  ~Library();  // unloads; outstanding handles then fail the running test, unless forgiven
+  ~Library();  // unloads; outstanding handles and armed timers then fail the running test, unless
+               // forgiven
   Library(const Library&) = delete;
   Library& operator=(const Library&) = delete;
 

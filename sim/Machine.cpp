@@ -157,6 +157,7 @@ std::unique_ptr<Machine> Machine::FromFile(const std::string& path) {
 }
 
 Machine::~Machine() {
+  ReportUnusedFaults();
   try {
     g_last_report = ReportOf(*this);
   } catch (const std::exception& error) {
@@ -221,11 +222,28 @@ void Machine::UsePictures(const std::wstring& folder) {
 void Machine::Fail(const std::string& function, uint32_t nth, uint32_t code, Repeat repeat) {
   if (!IsSimulated(*state_, function)) {
     ReportFailure("a fault was declared for " + function + ", which is not simulated");
+    return;
+  }
+  if (!CanFail(function)) {
+    ReportFailure("a fault was declared for " + function + ", which cannot fail");
+    return;
   }
   state_->faults.Declare(function, nth, code, repeat == Repeat::kFromThenOn);
 }
 
-void Machine::ClearFaults() { state_->faults.Clear(); }
+void Machine::ReportUnusedFaults() const {
+  if (state_->unused_faults_forgiven) return;
+  for (const std::string& fault : state_->faults.Unused()) {
+    ReportFailure("a declared fault was never asked for: " + fault);
+  }
+}
+
+void Machine::ClearFaults() {
+  ReportUnusedFaults();
+  state_->faults.Clear();
+}
+
+void Machine::ForgiveUnusedFaults() { state_->unused_faults_forgiven = true; }
 uint32_t Machine::FaultsGiven() const { return state_->faults.Given(); }
 std::string Machine::TakeJournal() { return state_->journal.Take(); }
 const std::string& Machine::Journal() const { return state_->journal.text(); }

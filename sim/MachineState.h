@@ -74,6 +74,7 @@ struct Machine::State {
   sim::Journal journal;
   Ledger ledger;
   Faults faults;
+  bool unused_faults_forgiven = false;
   Clock clock;
   HostProcess host;
   std::wstring root;  // the folder that holds the host's, deleted with the machine

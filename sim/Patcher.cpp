@@ -4,6 +4,8 @@
 #include <cstring>
 #include <map>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 #include "sim/FaceTable.h"
 #include "sim/Failure.h"
@@ -96,6 +98,35 @@ void Store(IMAGE_THUNK_DATA64* slot, void* function) {
   VirtualProtect(slot, sizeof(*slot), protection, &protection);
 }
 
+// --- A load that must come to nothing.
+// ----------------------------------------------------------------------------
+
+void Overwrite(void* place, const void* bytes, size_t size) {
+  DWORD protection = 0;
+  VirtualProtect(place, size, PAGE_EXECUTE_READWRITE, &protection);
+  std::memcpy(place, bytes, size);
+  VirtualProtect(place, size, protection, &protection);
+  FlushInstructionCache(GetCurrentProcess(), place, size);
+}
+
+// Its imports are still the real ones: no code of the DLL may run. The thread-local callbacks come
+// before DllMain, which then answers FALSE.
+void RefuseLoad(void* base) {
+  const auto* dos = At<IMAGE_DOS_HEADER>(base, 0);
+  const auto* headers = At<IMAGE_NT_HEADERS64>(base, static_cast<uint64_t>(dos->e_lfanew));
+  const IMAGE_OPTIONAL_HEADER64& facts = headers->OptionalHeader;
+  const IMAGE_DATA_DIRECTORY& tls = facts.DataDirectory[IMAGE_DIRECTORY_ENTRY_TLS];
+  if (tls.VirtualAddress != 0) {
+    const auto* directory = At<IMAGE_TLS_DIRECTORY64>(base, tls.VirtualAddress);
+    auto* callbacks = reinterpret_cast<ULONGLONG*>(directory->AddressOfCallBacks);
+    const ULONGLONG end = 0;
+    if (callbacks != nullptr) Overwrite(callbacks, &end, sizeof(end));
+  }
+  const unsigned char answer_false[] = {0x31, 0xC0, 0xC3};  // xor eax, eax; ret
+  if (facts.AddressOfEntryPoint == 0) return;
+  Overwrite(At<unsigned char>(base, facts.AddressOfEntryPoint), answer_false, sizeof(answer_false));
+}
+
 // --- One load.
 // ----------------------------------------------------------------------------------------------------
 
@@ -114,16 +145,20 @@ bool SamePath(const LoaderString& a, const std::wstring& b) {
 void CALLBACK OnLoaded(ULONG reason, const LoaderNotificationData* data, void* context) {
   auto* load = static_cast<Load*>(context);
   if (reason != kReasonLoaded || !SamePath(*data->full_name, load->path)) return;
+  std::vector<std::pair<IMAGE_THUNK_DATA64*, void*>> changes;
   try {
     ForEachImport(data->base, [&](const Import& import, IMAGE_THUNK_DATA64* slot) {
       void* real = reinterpret_cast<void*>(slot->u1.Function);
       void* chosen = load->resolve(import, real);
-      if (chosen != real) Store(slot, chosen);
+      if (chosen != real) changes.emplace_back(slot, chosen);
     });
-    load->patched = true;
   } catch (const std::exception& error) {
     load->error = error.what();
+    RefuseLoad(data->base);
+    return;
   }
+  for (const auto& [slot, function] : changes) Store(slot, function);
+  load->patched = true;
 }
 
 std::wstring FullPath(const std::wstring& path) {
@@ -199,13 +234,16 @@ HMODULE LoadPatched(const std::wstring& path, ImportResolver resolve) {
   const HMODULE module = LoadLibraryW(load.path.c_str());
   const DWORD error = GetLastError();
   unregister_callback(cookie);
+  if (!load.error.empty()) {
+    if (module != nullptr) FreeLibrary(module);
+    throw std::runtime_error(name + " cannot be patched: " + load.error);
+  }
   if (module == nullptr) {
     throw std::runtime_error(name + " does not load, error " + std::to_string(error));
   }
   if (!load.patched) {
     FreeLibrary(module);
-    throw std::runtime_error(name + " was loaded without being patched: " +
-                             (load.error.empty() ? "no notification came" : load.error));
+    throw std::runtime_error(name + " was loaded without being patched: no notification came");
   }
   return module;
 }

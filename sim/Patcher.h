@@ -24,7 +24,8 @@ using ImportResolver = void* (*)(const Import& import, void* real);
 
 /// Loads `path` patched. Throws std::runtime_error when the loader has no notifications, when the
 /// file does not load or its DllMain refuses, and when it is in the process already (its
-/// process-wide state would not be fresh).
+/// process-wide state would not be fresh). When `resolve` throws, the load fails with its text
+/// before any code of the DLL ran.
 HMODULE LoadPatched(const std::wstring& path, ImportResolver resolve);
 
 /// The imports of a mapped module, in the order of its table.

@@ -21,8 +21,8 @@
  *   3. On each press of the hotkey, Ostrel_Run or Ostrel_RunEx.
  *   4. Optionally Ostrel_Stop or Ostrel_Cancel, to end the pop-up before its timer does.
  *   5. Ostrel_DeInit and Ostrel_DeInitExtendMode.
- * An export that is called while its side is not up does nothing and gives its failure result, 0;
- * the one exception is Ostrel_RegisterNotification.
+ * An export that is called while its side is not up gives its failure result, 0, and changes no
+ * display; the one exception is Ostrel_RegisterNotification.
  *
  * THREADS. There is no lock: call all exports from one thread at a time, and those of the pop-up
  * (Run, RunEx, Stop, Cancel, DeInit) from the thread that opened it. That thread must pump window
@@ -34,7 +34,7 @@
  * the last side, or when Ostrel_InitExtendMode fails while no side is up.
  *
  * FAILURES. No exception and no message box ever leaves the library. Failures show in the results
- * told below and in the log, %APPDATA%\hd\Ostrel.log.
+ * told below and, many of them, in the log, %APPDATA%\hd\Ostrel.log.
  */
 #ifndef OSTREL_OSTREL_H_
 #define OSTREL_OSTREL_H_
@@ -158,16 +158,18 @@ OSTREL_API OstrelBool Ostrel_Run(void);
 
 /*
  * As Ostrel_Run, with another result.
+ * Needs:  Ostrel_Init, and a thread that pumps messages.
  * Gives:  the pop-up's window, which belongs to the library: do not destroy it. Null on failure.
+ * Never:  waits for the user.
  */
 OSTREL_API OstrelWindow Ostrel_RunEx(void);
 
 /*
  * Ends the pop-up now and switches to the highlighted mode on the calling thread, which is held up
- * meanwhile. Without a pop-up it applies what a cancelled or refused session left selected, usually
- * nothing.
+ * meanwhile. Without a pop-up it applies what a refused switch left selected, usually nothing.
  * Needs:  Ostrel_Init, and the thread that opened the pop-up.
  * Gives:  1 whatever became of the switch; 0 only when the side is not up.
+ * Never:  tells whether the switch succeeded.
  */
 OSTREL_API OstrelBool Ostrel_Stop(void);
 
@@ -266,10 +268,13 @@ OSTREL_API OstrelBool Ostrel_GetCurrentDisplayMode(uint32_t* mode, uint32_t* dis
  * Switches the mode.
  * Needs:  Ostrel_InitExtendMode.
  * Takes:  mode      OSTREL_MODE_SINGLE, OSTREL_MODE_CLONE or OSTREL_MODE_EXTEND; other numbers are
- *                   handed to the driver as they are
- *         displays  mask of OSTREL_DISPLAY_*, not 0; not looked at for OSTREL_MODE_EXTEND
+ *                   handed to the driver as they are, where OSTREL_MODE_HSPAN means the extended
+ *                   desktop and OSTREL_MODE_VSPAN no mode at all
+ *         displays  mask of OSTREL_DISPLAY_*, not 0; not looked at for OSTREL_MODE_EXTEND. Bits
+ *                   that are none of these are dropped, also when nothing remains
  * Gives:  for OSTREL_MODE_EXTEND what Ostrel_EnableExtendMode(1) gives. For every other mode 0,
  *         SUCCESS OR FAILURE: do not read it, ask Ostrel_GetCurrentDisplayMode.
+ * Never:  restores a resolution or remembers one.
  */
 OSTREL_API OstrelBool Ostrel_SetNewDisplayMode(uint32_t mode, uint32_t displays);
 
@@ -279,7 +284,8 @@ OSTREL_API OstrelBool Ostrel_SetNewDisplayMode(uint32_t mode, uint32_t displays)
  * first.
  * Needs:  Ostrel_InitExtendMode.
  * Gives:  non-zero when the desktop is as wanted now; 0 when the driver refused, the machine cannot
- *         drive two displays, or the side is not up.
+ *         drive two displays, or the side is not up (the adapters are looked at all the same).
+ * Never:  chooses among several external displays: that is left to the driver.
  */
 OSTREL_API OstrelBool Ostrel_EnableExtendMode(uint32_t enable);
 
@@ -287,6 +293,7 @@ OSTREL_API OstrelBool Ostrel_EnableExtendMode(uint32_t enable);
  * Needs:  Ostrel_InitExtendMode.
  * Gives:  non-zero while the desktop extends over more than one display; 0 otherwise, or when the
  *         side is not up.
+ * Never:  changes a display.
  */
 OSTREL_API OstrelBool Ostrel_IsExtendModeEnabled(void);
 
@@ -294,6 +301,7 @@ OSTREL_API OstrelBool Ostrel_IsExtendModeEnabled(void);
  * Switches to the notebook's panel alone.
  * Needs:  Ostrel_InitExtendMode.
  * Gives:  non-zero when the driver did it; 0 when it refused or the side is not up.
+ * Never:  restores a resolution or remembers one.
  */
 OSTREL_API OstrelBool Ostrel_ChangeToNBOnlySingleDisplayMode(void);
 
@@ -301,6 +309,7 @@ OSTREL_API OstrelBool Ostrel_ChangeToNBOnlySingleDisplayMode(void);
  * Needs:  Ostrel_InitExtendMode, also on a host that has the switch side up.
  * Gives:  non-zero when the machine can drive two displays at once; 0 otherwise, or when the side
  *         is not up.
+ * Never:  changes a display.
  */
 OSTREL_API OstrelBool Ostrel_HasDualOutputCapability(void);
 
@@ -314,10 +323,12 @@ OSTREL_API OstrelBool Ostrel_HasExternalMonitorConnected(void);
 
 /*
  * Reads who made the graphics adapter. While the switch side is up: the adapter that drives the
- * displays now, and OSTREL_VENDOR_UNKNOWN while no vendor's library is in use. Otherwise: the first
- * adapter that Windows lists, which may be another one on a machine with two.
+ * displays now, and OSTREL_VENDOR_UNKNOWN while no vendor's library is in use or two adapters are
+ * driven together. Otherwise: the first adapter that Windows lists, which may be another one on a
+ * machine with two.
  * Needs:  nothing.
  * Gives:  one of OSTREL_VENDOR_*.
+ * Never:  changes a display.
  */
 OSTREL_API uint32_t Ostrel_GetVgaVendor(void);
 

@@ -40,7 +40,7 @@ def own_files(database, source_folder):
     for entry in database:
         path = os.path.realpath(os.path.join(entry["directory"], entry["file"]))
         relative = os.path.relpath(path, source_folder)
-        if relative.split(os.sep)[0] in OWN_FOLDERS:
+        if relative.split(os.sep)[0] in OWN_FOLDERS and relative.endswith((".c", ".cpp")):
             own[relative] = entry.get("command") or " ".join(entry["arguments"])
     return own
 

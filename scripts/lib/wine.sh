@@ -11,6 +11,8 @@ start_wine() {
   export WINEPREFIX=$BUILD/wine-$1 WINEDEBUG=-all WINEARCH=win64
   # No downloads of Mono and Gecko, and no menu entries in the user's home.
   export WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe="
+  # The person's own X display, where there is one, still wants its cookie.
+  export XAUTHORITY=${XAUTHORITY:-$HOME/.Xauthority}
   export HOME=$BUILD/home
   mkdir -p "$HOME" "$WINEPREFIX"
   _wine_server -p
@@ -27,14 +29,14 @@ start_wine() {
 }
 
 _wine_server() {
-  local server
-  server=$(command -v wineserver || echo /usr/lib/wine/wineserver64)
-  WINEPREFIX=$WINEPREFIX "$server" "$@"
+  WINEPREFIX=$WINEPREFIX "$(command -v wineserver || echo /usr/lib/wine/wineserver64)" "$@"
 }
 
 stop_wine() {
   _wine_server -k 2>/dev/null
-  timeout 20 wineserver -w 2>/dev/null
+  # Until the last process of the prefix has gone, but not for ever.
+  _wine_server -w 2>/dev/null &
+  timeout 20 tail --pid=$! -f /dev/null
   return 0
 }
 

@@ -11,15 +11,19 @@ namespace {
 
 Machine::State& State() { return Machine::Current().state(); }
 
+HRESULT FaultOr(const Call& call, HRESULT documented) {
+  return call.FaultCode() != 0 ? static_cast<HRESULT>(call.FaultCode()) : documented;
+}
+
 HRESULT WINAPI FakeCoInitialize(LPVOID reserved) {
   Call call("CoInitialize");
-  if (call.Fails()) return static_cast<HRESULT>(call.FaultCode());
+  if (call.Fails()) return FaultOr(call, E_OUTOFMEMORY);
   return State().clock.real() ? CoInitialize(reserved) : S_OK;
 }
 
 HRESULT WINAPI FakeCoInitializeEx(LPVOID reserved, DWORD flags) {
   Call call("CoInitializeEx");
-  if (call.Fails()) return static_cast<HRESULT>(call.FaultCode());
+  if (call.Fails()) return FaultOr(call, RPC_E_CHANGED_MODE);
   return State().clock.real() ? CoInitializeEx(reserved, flags) : S_OK;
 }
 
@@ -32,9 +36,7 @@ void WINAPI FakeCoUninitialize() {
 
 HRESULT WINAPI FakeCLSIDFromProgID(LPCOLESTR name, LPCLSID id) {
   Call call("CLSIDFromProgID");
-  if (call.Fails()) {
-    return call.FaultCode() != 0 ? static_cast<HRESULT>(call.FaultCode()) : CO_E_CLASSSTRING;
-  }
+  if (call.Fails()) return FaultOr(call, CO_E_CLASSSTRING);
   const auto found = State().com_classes.find(LowerCase(Narrow(name)));
   if (found == State().com_classes.end()) {
     *id = CLSID();
@@ -48,9 +50,7 @@ HRESULT WINAPI FakeCoCreateInstance(REFCLSID id, LPUNKNOWN outer, DWORD context,
                                     REFIID interface_id, LPVOID* object) {
   Call call("CoCreateInstance");
   *object = nullptr;
-  if (call.Fails()) {
-    return call.FaultCode() != 0 ? static_cast<HRESULT>(call.FaultCode()) : REGDB_E_CLASSNOTREG;
-  }
+  if (call.Fails()) return FaultOr(call, REGDB_E_CLASSNOTREG);
   (void)context;
   if (outer != nullptr) return CLASS_E_NOAGGREGATION;
   for (const auto& [name, com_class] : State().com_classes) {

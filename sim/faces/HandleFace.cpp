@@ -1,6 +1,9 @@
 // Kernel handles that the library makes itself: really made and closed, counted and kept in the
 // ledger. Handles that the compiler's thread support makes and closes pass through uncounted.
+#include "sim/Failure.h"
 #include "sim/MachineState.h"
+
+#include <cstdio>
 
 namespace sim {
 namespace {
@@ -42,8 +45,21 @@ HANDLE WINAPI FakeCreateEventA(LPSECURITY_ATTRIBUTES security, BOOL manual, BOOL
   return CreateEventA(security, manual, set, name);
 }
 
+// A handle closed twice may by then be somebody else's: told where it shows, the last error kept.
+BOOL CloseReal(HANDLE handle) {
+  if (CloseHandle(handle)) return TRUE;
+  const DWORD error = GetLastError();
+  char text[64];
+  std::snprintf(text, sizeof(text), "closed a handle that is not open: 0x%llx",
+                static_cast<unsigned long long>(reinterpret_cast<uint64_t>(handle)));
+  ReportFailure(text);
+  SetLastError(error);
+  return FALSE;
+}
+
 BOOL WINAPI FakeCloseHandle(HANDLE handle) {
   Call call("CloseHandle");
+  if (call.Fails()) return Refuse(call, ERROR_INVALID_HANDLE, nullptr) != nullptr;
   Machine::State& state = Machine::Current().state();
   const auto simulated = state.simulated_handles.find(handle);
   if (simulated != state.simulated_handles.end()) {
@@ -54,7 +70,7 @@ BOOL WINAPI FakeCloseHandle(HANDLE handle) {
   for (const char* kind : kKinds) {
     if (state.ledger.Give(kind, reinterpret_cast<uint64_t>(handle))) break;
   }
-  return CloseHandle(handle);
+  return CloseReal(handle);
 }
 
 }  // namespace

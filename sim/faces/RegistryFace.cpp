@@ -145,6 +145,7 @@ LSTATUS WINAPI FakeRegSetValueExW(HKEY key, LPCWSTR value, DWORD, DWORD type, co
 
 LSTATUS WINAPI FakeRegCloseKey(HKEY key) {
   Call call("RegCloseKey");
+  if (call.Fails()) return static_cast<LSTATUS>(FaultOr(call, ERROR_INVALID_HANDLE));
   if (IsRoot(key)) return ERROR_SUCCESS;
   LedgerGive(kKeyKind, key);
   LeaveDirtyLastError();

@@ -221,6 +221,7 @@ BOOL WINAPI FakeSetupDiGetDeviceRegistryPropertyW(HDEVINFO list, PSP_DEVINFO_DAT
 
 BOOL WINAPI FakeSetupDiDestroyDeviceInfoList(HDEVINFO list) {
   Call call("SetupDiDestroyDeviceInfoList");
+  if (call.Fails()) return Refuse(call, ERROR_INVALID_HANDLE);
   LedgerGive(kListKind, list);
   if (OpenLists().erase(list) == 0) return Refuse(call, ERROR_INVALID_HANDLE);
   LeaveDirtyLastError();

@@ -140,6 +140,49 @@ TEST(Faults, UnknownFunctionFailsTheTest) {
             "a fault was declared for SetDisplayConfgi, which is not simulated");
 }
 
+TEST(Faults, FunctionThatCannotFailIsRefused) {
+  Machine machine(kSampleMachine);
+  CaughtFailures failures;
+  for (const char* function : {"Sleep", "CoUninitialize", "GdiplusShutdown", "GetTickCount64"}) {
+    machine.Fail(function, 1);
+    ASSERT_EQ(failures.list().size(), 1u) << function;
+    EXPECT_EQ(failures.list()[0],
+              std::string("a fault was declared for ") + function + ", which cannot fail");
+    failures.list().clear();
+  }
+}
+
+TEST(Faults, OneThatNeverHappenedFailsTheTest) {
+  CaughtFailures failures;
+  {
+    Machine machine(kSampleMachine);
+    Call("SetTimer");
+    machine.Fail("SetTimer", 2);
+    Call("SetTimer");
+    machine.Fail("KillTimer", 1);
+    Call("KillTimer");
+    machine.ClearFaults();
+    ASSERT_EQ(failures.list().size(), 1u);
+    EXPECT_EQ(failures.list()[0], "a declared fault was never asked for: SetTimer, call 2");
+    machine.Fail("KillTimer", 3);
+    EXPECT_EQ(failures.list().size(), 1u);
+  }
+  ASSERT_EQ(failures.list().size(), 2u);
+  EXPECT_EQ(failures.list()[1], "a declared fault was never asked for: KillTimer, call 3");
+}
+
+TEST(Faults, OneThatNeverHappenedMayBeForgiven) {
+  CaughtFailures failures;
+  {
+    Machine machine(kSampleMachine);
+    machine.ForgiveUnusedFaults();
+    machine.Fail("SetTimer", 2);
+    machine.ClearFaults();
+    machine.Fail("SetTimer", 1);
+  }
+  EXPECT_TRUE(failures.list().empty());
+}
+
 TEST(Guard, ExceptionOfASimulatedFunctionFailsTheTestAndStopsThere) {
   CaughtFailures failures;
   EXPECT_EQ(reinterpret_cast<int (*)(int)>(Guard<Throwing>())(1), 0);

@@ -98,17 +98,40 @@ TEST(Library, LeakFailsTheTestUnlessForgiven) {
   EXPECT_EQ(failures.list().size(), 1u);
 }
 
+TIMERPROC ProcedureInside(const Library& library) {
+  const FARPROC inside = GetProcAddress(library.module(), "Ostrel_Init");
+  return reinterpret_cast<TIMERPROC>(reinterpret_cast<void*>(inside));
+}
+
+TEST(Library, TimerLeftArmedFailsTheTestUnlessForgiven) {
+  Machine machine(kSampleMachine);
+  CaughtFailures failures;
+  UINT_PTR id = 0;
+  {
+    Library ostrel(machine);
+    id = SIM_FAKE(SetTimer)(nullptr, 0, 100, ProcedureInside(ostrel));
+  }
+  ASSERT_EQ(failures.list().size(), 1u);
+  EXPECT_EQ(failures.list()[0],
+            "left armed by the unload of the DLL: timer " + std::to_string(id) + ", period 100");
+  Library again(machine);
+  SIM_FAKE(SetTimer)(nullptr, 0, 100, ProcedureInside(again));
+  again.ForgiveLeaks();
+  again.Unload();
+  EXPECT_EQ(failures.list().size(), 1u);
+}
+
 TEST(Library, UnloadUnregistersItsClassesAndDropsItsTimers) {
   Machine machine(kSampleMachine);
   Library ostrel(machine);
+  ostrel.ForgiveLeaks();  // of the timer
   WNDCLASSEXW record = {};
   record.cbSize = sizeof(record);
   record.lpfnWndProc = DefWindowProcW;
   record.hInstance = GetModuleHandleW(nullptr);
   record.lpszClassName = L"LeftByTheLibrary";
   SIM_FAKE(RegisterClassExW)(&record);
-  const FARPROC inside = GetProcAddress(ostrel.module(), "Ostrel_Init");
-  SIM_FAKE(SetTimer)(nullptr, 0, 100, reinterpret_cast<TIMERPROC>(reinterpret_cast<void*>(inside)));
+  SIM_FAKE(SetTimer)(nullptr, 0, 100, ProcedureInside(ostrel));
   EXPECT_EQ(machine.ArmedTimers().size(), 1u);
   ostrel.Unload();
   EXPECT_TRUE(machine.ArmedTimers().empty());

@@ -15,6 +15,54 @@ namespace {
 
 void* KeepReal(const Import&, void* real) { return real; }
 
+// How often DllMain of the sample ran: it prints, which Windows does by raising an exception.
+class AttachCounter {
+ public:
+  AttachCounter() : handler_(AddVectoredExceptionHandler(1, Count)) { count() = 0; }
+  ~AttachCounter() { RemoveVectoredExceptionHandler(handler_); }
+  AttachCounter(const AttachCounter&) = delete;
+  AttachCounter& operator=(const AttachCounter&) = delete;
+
+  static uint32_t& count() {
+    static uint32_t counted = 0;
+    return counted;
+  }
+
+ private:
+  static constexpr DWORD kPrinted = 0x40010006;  // DBG_PRINTEXCEPTION_C
+  static LONG CALLBACK Count(EXCEPTION_POINTERS* facts) {
+    if (facts->ExceptionRecord->ExceptionCode == kPrinted) ++count();
+    return EXCEPTION_CONTINUE_SEARCH;
+  }
+  void* handler_;
+};
+
+// Throws in the middle of the table: some imports come before it, some behind.
+void* ThrowForSleep(const Import& import, void* real) {
+  if (import.name == "Sleep") throw std::runtime_error("no Sleep today");
+  return real;
+}
+
+TEST(Patcher, NoCodeOfTheDllRunsWhenAnImportCannotBeResolved) {
+  Machine machine(kSampleMachine);
+  AttachCounter attached;
+  {
+    SampleLibrary sample;
+    EXPECT_EQ(attached.count(), 1u);
+  }
+  std::string why;
+  try {
+    LoadPatched(SampleLibrary::Path(), ThrowForSleep);
+  } catch (const std::runtime_error& error) {
+    why = error.what();
+  }
+  EXPECT_NE(why.find("SimSample.dll cannot be patched: no Sleep today"), std::string::npos) << why;
+  EXPECT_EQ(attached.count(), 1u);
+  EXPECT_EQ(GetModuleHandleW(SampleLibrary::Path().c_str()), nullptr);
+  SampleLibrary again;  // the file itself is untouched
+  EXPECT_EQ(attached.count(), 2u);
+}
+
 TEST(Patcher, DllMainMeetsSimulatedFunctions) {
   Machine machine(kSampleMachine);
   SampleLibrary sample;

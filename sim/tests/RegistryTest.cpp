@@ -171,5 +171,16 @@ TEST(Registry, DeclaredFaultAnswersInPlaceOfTheFunction) {
   EXPECT_EQ(machine.Outstanding(), "");
 }
 
+TEST(Registry, KeyStaysOpenWhenClosingItFails) {
+  Machine machine(kMachine);
+  HKEY key = nullptr;
+  ASSERT_EQ(FAKE(RegOpenKeyExA)(HKEY_LOCAL_MACHINE, "HARDWARE", 0, KEY_READ, &key), ERROR_SUCCESS);
+  machine.Fail("RegCloseKey", 1);
+  EXPECT_EQ(FAKE(RegCloseKey)(key), ERROR_INVALID_HANDLE);
+  EXPECT_NE(machine.Outstanding(), "");
+  EXPECT_EQ(FAKE(RegCloseKey)(key), ERROR_SUCCESS);
+  EXPECT_EQ(machine.Outstanding(), "");
+}
+
 }  // namespace
 }  // namespace sim

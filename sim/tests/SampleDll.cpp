@@ -53,7 +53,10 @@ __declspec(dllexport) uint32_t Sample_UseRunTime() {
 }
 
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
-  if (reason == DLL_PROCESS_ATTACH) g_ticks_at_load = GetTickCount64();
+  if (reason == DLL_PROCESS_ATTACH) {
+    OutputDebugStringA("SimSample.dll is attached\n");  // a real one: seen even with real imports
+    g_ticks_at_load = GetTickCount64();
+  }
   return TRUE;
 }
 

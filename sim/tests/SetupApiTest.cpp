@@ -136,6 +136,17 @@ TEST(SetupApi, ListDestroyedTwiceFailsTheTest) {
   EXPECT_EQ(failures.list().size(), 1u);
 }
 
+TEST(SetupApi, ListStaysWhenDestroyingItFails) {
+  Machine machine("win7 intel: internal 1366x768 active");
+  const HDEVINFO list = FAKE(SetupDiGetClassDevsA)(&kDisplayClass, nullptr, nullptr, DIGCF_PRESENT);
+  machine.Fail("SetupDiDestroyDeviceInfoList", 1, ERROR_ACCESS_DENIED);
+  EXPECT_FALSE(FAKE(SetupDiDestroyDeviceInfoList)(list));
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+  EXPECT_NE(machine.Outstanding(), "");
+  EXPECT_TRUE(FAKE(SetupDiDestroyDeviceInfoList)(list));
+  EXPECT_EQ(machine.Outstanding(), "");
+}
+
 TEST(SetupApi, NodeStatusTellsProblemsAndTheRoot) {
   Machine machine("win7 intel, nvidia, amd: internal 1366x768 active");
   machine.model().adapters[1].disabled = true;

@@ -2,6 +2,7 @@
 
 #include "sim/ShortForm.h"
 #include "sim/tests/FaceCalls.h"
+#include "sim/tests/Fakes.h"
 
 // After windows.h.
 #include <mmsystem.h>
@@ -153,6 +154,43 @@ TEST(System, FailedSnapshotIsAnInvalidHandle) {
   machine.Fail("CreateToolhelp32Snapshot", 1);
   EXPECT_EQ(FAKE(CreateToolhelp32Snapshot)(TH32CS_SNAPPROCESS, 0), INVALID_HANDLE_VALUE);
   EXPECT_EQ(machine.Outstanding(), "");
+}
+
+TEST(System, HandleStaysOpenWhenClosingItFails) {
+  Machine machine(kMachine);
+  const HANDLE snapshot = FAKE(CreateToolhelp32Snapshot)(TH32CS_SNAPPROCESS, 0);
+  const HANDLE mutex = FAKE(CreateMutexW)(nullptr, FALSE, nullptr);
+  ASSERT_NE(mutex, nullptr);
+  for (const HANDLE handle : {snapshot, mutex}) {
+    const std::string before = machine.Outstanding();
+    machine.Fail("CloseHandle", 1);
+    EXPECT_FALSE(FAKE(CloseHandle)(handle));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(machine.Outstanding(), before);
+    EXPECT_TRUE(FAKE(CloseHandle)(handle));
+    EXPECT_NE(machine.Outstanding(), before);
+  }
+  EXPECT_EQ(machine.Outstanding(), "");
+}
+
+TEST(System, HandleClosedTwiceFailsTheTest) {
+  Machine machine(kMachine);
+  const HANDLE mutex = FAKE(CreateMutexW)(nullptr, FALSE, nullptr);
+  ASSERT_TRUE(FAKE(CloseHandle)(mutex));
+  CaughtFailures failures;
+  EXPECT_FALSE(FAKE(CloseHandle)(mutex));
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
+  ASSERT_EQ(failures.list().size(), 1u);
+  EXPECT_NE(failures.list()[0].find("closed a handle that is not open: 0x"), std::string::npos);
+}
+
+TEST(System, ComRefusesWithItsDocumentedFailure) {
+  Machine machine(kMachine);
+  machine.Fail("CoInitialize", 1);
+  machine.Fail("CoInitializeEx", 1);
+  EXPECT_EQ(FAKE(CoInitialize)(nullptr), E_OUTOFMEMORY);
+  EXPECT_EQ(FAKE(CoInitializeEx)(nullptr, COINIT_APARTMENTTHREADED), RPC_E_CHANGED_MODE);
+  EXPECT_EQ(FAKE(CoInitialize)(nullptr), S_OK);
 }
 
 TEST(System, NoProgramIsStartedAndTheTryIsJournalled) {

@@ -47,8 +47,8 @@ void ChooseInProcessLock() {
   g_log.lock_kind = LockKind::kInProcess;
 }
 
-// For a record that comes before set-up. Without the mutex the choice stays open, and the next
-// record tries again.
+// Deliberate: a record that comes before set-up fixes the mutex for good. Without the mutex the
+// choice stays open, and the next record tries again.
 void ChooseMutex() {
   if (g_log.lock_kind != LockKind::kNotChosen) return;
   g_log.mutex = CreateMutexW(nullptr, FALSE, MakeLogMutexName(PathOrDefault()).c_str());

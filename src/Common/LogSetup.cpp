@@ -64,6 +64,7 @@ bool IsOversized(const std::wstring& path) {
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
   LARGE_INTEGER size = {};
   if (!file.IsValid() || !GetFileSizeEx(file.get(), &size)) return false;
+  // Deliberate: a log of exactly the limit is kept.
   return size.QuadPart > kLargestLogSize;
 }
 
@@ -100,7 +101,8 @@ std::string ReadVariable(const char* name) {
   return value;
 }
 
-// What a record begins with: each item's variable first, then its switch, which wins.
+// What a record begins with: each item's variable first, then its switch.
+// Deliberate: the switch wins, and a value that is not wholly a number changes nothing.
 struct ItemSource {
   const char* variable;
   const char* switch_name;

@@ -107,6 +107,7 @@ LogRecord::~LogRecord() {
   } catch (...) {
     // Out of memory: the record is lost, the caller goes on.
   }
+  // Deliberate: a record may stand between a failing call and the question for its error.
   SetLastError(last_error_);
 }
 

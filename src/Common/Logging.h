@@ -106,6 +106,7 @@ std::ostream& operator<<(std::ostream& out, const std::wstring& text);
 
 // The condition becomes text here, in the outermost macro: handed on to another macro, NULL and
 // FALSE in it would be expanded first.
+// Deliberate: a failed check writes its line and stops nothing.
 #define DCHECK(condition)                                                             \
   !(DCHECK_IS_ON() && !(condition))                                                   \
       ? static_cast<void>(0)                                                          \

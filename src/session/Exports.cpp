@@ -91,6 +91,7 @@ void Ostrel_SetLassoBoxStatus(uint32_t status) {
 
 OstrelBool Ostrel_FlushRememberedSettings() {
   return ExportCall<BOOL>(0, [] {
+    // Deliberate: works before any initialisation; no file to delete is 0.
     EnsureSettingsPath();
     if (!PathFileExistsA(SettingsPath().c_str())) return FALSE;
     return DeleteFileA(SettingsPath().c_str());

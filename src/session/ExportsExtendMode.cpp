@@ -35,7 +35,7 @@ BOOL ExportDisplays(DisplayReport report, uint32_t* displays, uint32_t* count) {
 bool StartsFromPanel(IMMonitor* object) {
   uint32_t mode = 0;
   uint32_t displays = 0;
-  object->GetCurrentDisplayMode(&mode, &displays);
+  if (object->GetCurrentDisplayMode(&mode, &displays) == 0) return false;
   return mode == IMMonitor::DM_SINGLE && (displays & IMMonitor::MD_NB) != 0;
 }
 
@@ -59,10 +59,12 @@ BOOL SetMode(uint32_t mode, uint32_t displays) {
   // Deliberate: the mask is not looked at.
   if (mode == kExportedModeExtend) return EnableExtendModeChecked(1);
   if (displays == 0) return 0;
-  IMMonitor* const object = GetMultiMonitorObject();
+  IMMonitor* object = GetMultiMonitorObject();
   if (object == nullptr) return 0;
   if (mode == kExportedModeSingle && object->IsExtendModeEnabled() != 0) {
     EnableExtendModeChecked(0);
+    object = GetMultiMonitorObject();  // that look at the vendor may have replaced it
+    if (object == nullptr) return 0;
   }
   // Deliberate: the exported number goes on untranslated, a mask that narrows to 0 is sent, and
   // success or failure gives 0.

@@ -61,11 +61,18 @@ bool InitialSession() {
   try {
     if (g_pDMSwitchDialog->Initial() != 0) return true;
   } catch (...) {
-    DeleteSession();
-    throw;
+    // As good as a session that could not be initialised.
   }
   DeleteSession();
   return false;
+}
+
+bool InitialObject(IMMonitor* object) {
+  try {
+    return object->Initial() != 0;
+  } catch (...) {
+    return false;  // as good as an object that could not be initialised
+  }
 }
 
 bool StartSession() {
@@ -90,7 +97,7 @@ bool InitialMultiMonitorObject() {
   IMMonitor* const object = GetMultiMonitorObject();
   // Deliberate: on these two ways out the add-on host stays connected.
   if (object == nullptr) return false;
-  if (object->Initial() != 0) return true;
+  if (InitialObject(object)) return true;
   LOG(ERROR) << "InitialMultiMonitorObject()- initial display library failed";
   DeleteMultiMonitorObject();
   return false;

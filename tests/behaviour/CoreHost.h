@@ -45,12 +45,9 @@ struct CoreHost {
   }
 
   /// The log's messages from now on.
-  std::string TakeLog() {
-    const std::string all = Messages(machine.Log());
-    const size_t from = log_taken_;
-    log_taken_ = all.size();
-    return all.substr(from);
-  }
+  std::string TakeLog() { return Messages(TakeRecords()); }
+  /// As TakeLog, with the severity in front of each: "ERROR text".
+  std::string TakeLogWithSeverity() { return MessagesWithSeverity(TakeRecords()); }
   /// How many libraries the DLL holds.
   size_t Modules() const { return CountOf(machine.Outstanding(), "module "); }
 
@@ -60,6 +57,13 @@ struct CoreHost {
   sim::Machine machine;
 
  private:
+  std::string TakeRecords() {
+    const std::string all = machine.Log();
+    const size_t from = log_taken_;
+    log_taken_ = all.size();
+    return all.substr(from);
+  }
+
   std::unique_ptr<sim::Library> library_;
   size_t log_taken_ = 0;
 };

@@ -64,9 +64,10 @@ TEST(GetAttachedDevices, IsEmptyAndSilentWithoutDevices) {
 }
 
 TEST(GetAttachedDevices, LeavesMirroringDriversOut) {
-  CoreHost host("win7 amd, intel: internal@2 1366x768 active, crt@2 1024x768");
-  MakeMirroring(&host, 0);
-  EXPECT_EQ(Attached(&host), (Names{"\\\\.\\DISPLAY3", "\\\\.\\DISPLAY4"}));
+  // Behind the attached device, where unattached ones stay in the list.
+  CoreHost host("win7 intel, amd: internal 1366x768 active, crt 1024x768");
+  MakeMirroring(&host, 1);
+  EXPECT_EQ(Attached(&host), (Names{"\\\\.\\DISPLAY1", "\\\\.\\DISPLAY2"}));
 }
 
 TEST(GetDisplayDeviceNames, ListsEveryDeviceInOrder) {
@@ -98,9 +99,9 @@ TEST(GetIntelAttachedDevices, IsEmptyWhenOnlyOthersAreAttached) {
 }
 
 TEST(GetIntelAttachedDevices, LeavesMirroringDriversOut) {
-  CoreHost host("win7 intel, intel: internal@2 1366x768 active");
-  MakeMirroring(&host, 0);
-  EXPECT_EQ(IntelAttached(&host), (WideNames{L"\\\\.\\DISPLAY3", L"\\\\.\\DISPLAY4"}));
+  CoreHost host("win7 intel, intel: internal 1366x768 active");
+  MakeMirroring(&host, 1);
+  EXPECT_EQ(IntelAttached(&host), (WideNames{L"\\\\.\\DISPLAY1", L"\\\\.\\DISPLAY2"}));
 }
 
 TEST(GetDeviceNamesByVendor, MatchesTheLowerCasedDeviceId) {

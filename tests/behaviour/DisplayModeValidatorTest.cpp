@@ -1,7 +1,10 @@
 // A forced arrangement is looked at after three seconds, and taken back when it does not hold.
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "tests/behaviour/CoreHost.h"
+#include "tests/support/FakeMonitor.h"
 
 namespace {
 
@@ -102,8 +105,11 @@ TEST_F(DisplayModeValidatorTest, OlderTimerActsOnTheNewerRecord) {
   host.machine.TakeJournal();
   host.machine.Advance(2000);  // the older object's three seconds
   EXPECT_EQ(host.machine.TakeJournal(), kBackToPanel);
-  EXPECT_EQ(host.machine.ArmedTimers().size(), 1u);  // the newer one is still to come
-  newer.reset();                                     // and still known to its object
+  EXPECT_EQ(host.machine.ArmedTimers().size(), 1u);  // the newer one is still to come,
+  newer.reset();                                     // but no longer known to its object
+  EXPECT_EQ(host.machine.ArmedTimers().size(), 1u);
+  host.machine.Advance(1000);  // finds no record
+  EXPECT_EQ(host.machine.TakeJournal(), "");
   EXPECT_TRUE(host.machine.ArmedTimers().empty());
 }
 
@@ -160,6 +166,88 @@ TEST(DisplayModeValidatorPaths, CrtThatWasDetectedStays) {
   host.machine.Advance(3000);
   EXPECT_EQ(host.machine.TakeJournal(), "");
   EXPECT_EQ(host.machine.Topology(), "clone internal+crt");
+}
+
+// --- The question to the vendor's own library. The arrangement holds as far as Windows knows.
+
+std::shared_ptr<FakeScript> g_vendorScript;
+
+IMMonitor* NewVendorMonitor() { return new FakeMonitor(g_vendorScript); }
+IMMonitor* NoVendorMonitor() { return nullptr; }
+IMMonitor* ThrowingMaker() { throw std::runtime_error("no"); }
+
+class DisplayModeValidatorVendor : public testing::Test {
+ protected:
+  void SetUp() override {
+    g_vendorScript = std::make_shared<FakeScript>();
+    host.ostrel().SetLassoBoxStatus(1);
+    ccd = host.NewCcd();
+    host.machine.Fail("SetDisplayConfig", 1, ERROR_GEN_FAILURE);
+    ASSERT_EQ(ccd->SetNewDisplayMode(IMMonitor::DM_SINGLE, IMMonitor::MD_CRT), 1);
+    ASSERT_EQ(host.machine.Topology(), "single crt");
+    host.machine.TakeJournal();
+  }
+  void TearDown() override {
+    ccd.reset();
+    g_vendorScript.reset();
+  }
+
+  void ExpectTheArrangementStays() {
+    EXPECT_EQ(host.machine.TakeJournal(), "");
+    EXPECT_EQ(host.machine.Topology(), "single crt");
+  }
+
+  CoreHost host{"win7 intel: internal 1366x768 active, crt 1024x768"};
+  CcdPointer ccd;
+};
+
+TEST_F(DisplayModeValidatorVendor, NoneOfTheDisplaysConnectedGoesBackToThePanel) {
+  g_vendorScript->connected = IMMonitor::MD_NB | IMMonitor::MD_HDMI;
+  host.core().ValidateNewest(NewVendorMonitor);
+  EXPECT_EQ(g_vendorScript->TakeCalls(), "Initial\nGetConnectedDisplays\n");
+  EXPECT_TRUE(g_vendorScript->deleted);
+  EXPECT_EQ(host.machine.TakeJournal(), kBackToPanel);
+  EXPECT_EQ(host.machine.Topology(), "single internal");
+}
+
+TEST_F(DisplayModeValidatorVendor, ConnectedDisplayStays) {
+  g_vendorScript->connected = IMMonitor::MD_NB | IMMonitor::MD_CRT;
+  host.core().ValidateNewest(NewVendorMonitor);
+  EXPECT_EQ(g_vendorScript->TakeCalls(), "Initial\nGetConnectedDisplays\n");
+  EXPECT_TRUE(g_vendorScript->deleted);
+  ExpectTheArrangementStays();
+}
+
+// From here on the script's answer would be the panel alone.
+
+TEST_F(DisplayModeValidatorVendor, FailedInitialIsNoAnswer) {
+  g_vendorScript->initial = 0;
+  host.core().ValidateNewest(NewVendorMonitor);
+  EXPECT_EQ(g_vendorScript->TakeCalls(), "Initial\n");
+  EXPECT_TRUE(g_vendorScript->deleted);
+  ExpectTheArrangementStays();
+}
+
+TEST_F(DisplayModeValidatorVendor, FailedReportIsNoAnswer) {
+  g_vendorScript->connected_result = 0;
+  host.core().ValidateNewest(NewVendorMonitor);
+  EXPECT_EQ(g_vendorScript->TakeCalls(), "Initial\nGetConnectedDisplays\n");
+  EXPECT_TRUE(g_vendorScript->deleted);
+  ExpectTheArrangementStays();
+}
+
+TEST_F(DisplayModeValidatorVendor, WhatIsThrownIsNoAnswer) {
+  g_vendorScript->on_call = [](const std::string&) { throw std::runtime_error("no"); };
+  host.core().ValidateNewest(NewVendorMonitor);
+  EXPECT_TRUE(g_vendorScript->deleted);
+  ExpectTheArrangementStays();
+  host.core().ValidateNewest(ThrowingMaker);
+  ExpectTheArrangementStays();
+}
+
+TEST_F(DisplayModeValidatorVendor, NoObjectIsNoAnswer) {
+  host.core().ValidateNewest(NoVendorMonitor);
+  ExpectTheArrangementStays();
 }
 
 TEST(DisplayModeValidatorPaths, WithoutTheLassoStatusNothingIsForced) {

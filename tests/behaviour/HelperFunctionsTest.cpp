@@ -64,7 +64,8 @@ TEST(ReadDisplaySettings, FailureIsLoggedWithTheSystemsText) {
                  ERROR_ACCESS_DENIED, 0x400, text, sizeof(text), nullptr);
   std::string expected = text;
   expected.erase(expected.find_last_not_of(" \r\n\t") + 1);
-  EXPECT_EQ(host.TakeLog(), "Calling EnumDisplaySettingsEx() failed: " + expected + "\n");
+  EXPECT_EQ(host.TakeLogWithSeverity(),
+            "ERROR Calling EnumDisplaySettingsEx() failed: " + expected + "\n");
   // Cleared, and with what the call was made with.
   EXPECT_EQ(dm.dmFields, 0x5C0000u);
   EXPECT_EQ(dm.dmSize, 156);
@@ -172,10 +173,10 @@ TEST_F(ChangeDisplayResolutionOnVista, TwoRefusalsAreAFailure) {
   EXPECT_FALSE(Change(&host, Wanted(1234, 567)));
   const std::string what = "1234x567x32@60 at 0,0 fields=0x5c0000";
   EXPECT_EQ(host.machine.TakeJournal(), Tested(what, -2) + Reset(what, -2) + Reset(what, -2));
-  EXPECT_EQ(host.TakeLog(),
-            "Calling ChangeDisplaySettingsEx() failed: -2\n"
-            "Calling ChangeDisplaySettingsEx() failed: -2\n"
-            "Changing display resolution to 1234 x 567 failed\n");
+  EXPECT_EQ(host.TakeLogWithSeverity(),
+            "ERROR Calling ChangeDisplaySettingsEx() failed: -2\n"
+            "ERROR Calling ChangeDisplaySettingsEx() failed: -2\n"
+            "WARNING Changing display resolution to 1234 x 567 failed\n");
 }
 
 TEST_F(ChangeDisplayResolutionOnVista, TheEffectIsNotLookedAt) {
@@ -242,7 +243,8 @@ TEST_F(ChangeDisplayResolutionOnWin7, FailedValidationStillAppliesWithChangesAll
   host.machine.Fail("SetDisplayConfig", 1, ERROR_BAD_CONFIGURATION);
   EXPECT_TRUE(Change(&host, Wanted(1024, 768)));
   EXPECT_EQ(host.machine.TakeJournal(), Set(1, "0x60", 1610) + Set(1, "0x6a0"));
-  EXPECT_EQ(host.TakeLog(), "Calling SetDisplayConfig 1st attempt failed: r = 1610\n");
+  EXPECT_EQ(host.TakeLogWithSeverity(),
+            "ERROR Calling SetDisplayConfig 1st attempt failed: r = 1610\n");
 }
 
 TEST_F(ChangeDisplayResolutionOnWin7, FailedChangeIsRepairedByTheOlderWay) {
@@ -252,7 +254,8 @@ TEST_F(ChangeDisplayResolutionOnWin7, FailedChangeIsRepairedByTheOlderWay) {
   EXPECT_TRUE(Change(&host, Wanted(1024, 768)));
   EXPECT_EQ(host.machine.TakeJournal(),
             Set(1, "0x60") + Set(1, "0x2a0", 31) + Tested(kXga) + Reset(kXga));
-  EXPECT_EQ(host.TakeLog(), "Calling SetDisplayConfig 2nd attempt failed: r = 31\n");
+  EXPECT_EQ(host.TakeLogWithSeverity(),
+            "ERROR Calling SetDisplayConfig 2nd attempt failed: r = 31\n");
   EXPECT_EQ(host.machine.model().sources[0].mode.width, 1024u);
 }
 

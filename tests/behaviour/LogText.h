@@ -18,6 +18,11 @@ inline std::string Messages(const std::string& log) {
   return std::regex_replace(log, std::regex("\\[[^\\]\n]*\\] "), "");
 }
 
+/// As Messages, with the severity in front: "ERROR text".
+inline std::string MessagesWithSeverity(const std::string& log) {
+  return std::regex_replace(log, std::regex("\\[[^\\]\n]*:([A-Z_0-9]+):[^\\]\n:]*\\] "), "$1 ");
+}
+
 inline size_t CountOf(const std::string& text, const std::string& part) {
   size_t count = 0;
   for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;

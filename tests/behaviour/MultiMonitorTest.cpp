@@ -198,6 +198,18 @@ class EnableExtendMode : public testing::Test {
   BarePointer bare;
 };
 
+// Reads are in the journal, and the cursor stood at 100, 200.
+void ExpectCursorAroundTheCommit(const std::string& journal) {
+  const size_t read = journal.find("GetCursorPos(");
+  const size_t commit = journal.find("ChangeDisplaySettingsExA(null null");
+  const size_t put_back = journal.find("SetCursorPos(100,200)=1\n");
+  ASSERT_NE(read, std::string::npos) << journal;
+  ASSERT_NE(commit, std::string::npos) << journal;
+  ASSERT_NE(put_back, std::string::npos) << journal;
+  EXPECT_LT(read, commit) << journal;
+  EXPECT_LT(commit, put_back) << journal;
+}
+
 TEST_F(EnableExtendMode, PlacesTheSecondDeviceToTheRightOfTheFirst) {
   host.machine.SetCursor(100, 200);
   EXPECT_EQ(bare->EnableExtendMode(1), 1);
@@ -223,11 +235,7 @@ TEST_F(EnableExtendMode, PutsTheCursorBackAfterTheCommit) {
   host.machine.SetCursor(100, 200);
   EXPECT_EQ(bare->EnableExtendMode(1), 1);
   const std::string journal = host.machine.TakeJournal();
-  const size_t commit = journal.find("ChangeDisplaySettingsExA(null null");
-  const size_t put_back = journal.find("SetCursorPos(100,200)=1\n");
-  ASSERT_NE(commit, std::string::npos) << journal;
-  ASSERT_NE(put_back, std::string::npos) << journal;
-  EXPECT_LT(commit, put_back);
+  ExpectCursorAroundTheCommit(journal);
 }
 
 TEST_F(EnableExtendMode, CursorThatCannotBeReadIsLeftAlone) {
@@ -237,8 +245,11 @@ TEST_F(EnableExtendMode, CursorThatCannotBeReadIsLeftAlone) {
 }
 
 TEST_F(EnableExtendMode, FailedCommitGivesZeroAndTheCursorBack) {
+  host.machine.JournalReads(true);
+  host.machine.SetCursor(100, 200);
   host.machine.Fail("ChangeDisplaySettingsExA", 6, kFailed);
   EXPECT_EQ(bare->EnableExtendMode(1), 0);
+  ExpectCursorAroundTheCommit(host.machine.TakeJournal());
   EXPECT_EQ(host.machine.Calls("SetCursorPos"), 1u);
   EXPECT_EQ(host.machine.Topology(), "single internal");
 }
@@ -340,11 +351,11 @@ TEST_F(EnableExtendMode, WidthOfZeroKeepsThePreviousWidth) {
 
 TEST_F(EnableExtendMode, HeightOfZeroKeepsThePreviousHeight) {
   host.machine.Fail("EnumDisplaySettingsExA", 2);
-  host.machine.model().sources[1].registry = sim::DisplayMode{1024, 768, 32, 60};
-  host.machine.Config("ExtendMode:2nd", "Width", 1024);
+  host.machine.model().sources[1].registry = sim::DisplayMode{1280, 1024, 32, 60};
+  host.machine.Config("ExtendMode:2nd", "Width", 1280);
   host.machine.Config("ExtendMode:2nd", "Height", 0);
   EXPECT_EQ(bare->EnableExtendMode(1), 1);
-  EXPECT_EQ(host.machine.model().sources[1].mode.height, 768u);
+  EXPECT_EQ(host.machine.model().sources[1].mode.height, 1024u);
 }
 
 TEST_F(EnableExtendMode, PicksTheDeepestColourAtSixtyHertz) {

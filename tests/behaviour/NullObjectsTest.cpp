@@ -151,6 +151,16 @@ TEST(MultiMonitor, FourMoreOperationsStandBehindThose) {
   EXPECT_EQ(host.machine.Calls("EnumDisplayDevicesA"), listed + 3);  // two devices and the end
 }
 
+TEST(Win7CCD, GetTargetPreferredModeStandsBehindThose) {
+  CoreHost host(kOneAdapter);
+  const CcdPointer ccd = host.NewCcd();
+  DISPLAYCONFIG_TARGET_PREFERRED_MODE record = {};
+  const auto panel = reinterpret_cast<void*>(uintptr_t{IMMonitor::MD_NB});
+  EXPECT_EQ(static_cast<BOOL>(CallSlot(static_cast<IMMonitor*>(ccd.get()), 22, panel, &record)), 1);
+  EXPECT_EQ(record.width, 1366u);
+  EXPECT_EQ(record.height, 768u);
+}
+
 TEST(IDisplayExtension, OperationsStandInTheirOrder) {
   const auto script = std::make_shared<FakeScript>();
   FakeExtensionMonitor monitor(script);

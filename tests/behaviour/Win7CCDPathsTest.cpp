@@ -196,7 +196,7 @@ TEST(Win7CCDPaths, FailedQueryForTheActiveTargetIsLogged) {
   host.ForgetLog();
   host.machine.Fail("QueryDisplayConfig", 1);
   EXPECT_EQ(host.core().GetActiveTargetId(ccd.get(), IMMonitor::MD_NB), 0u);
-  EXPECT_EQ(host.TakeLog(), "Can't find any active display path\n");
+  EXPECT_EQ(host.TakeLogWithSeverity(), "ERROR Can't find any active display path\n");
 }
 
 TEST(Win7CCDPaths, DisplaysOnTwoAdaptersAreSeveralAdapters) {

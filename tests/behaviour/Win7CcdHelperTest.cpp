@@ -50,9 +50,9 @@ TEST(Win7CcdHelper, FailedSizesAreCheckedAndLogged) {
   PathList paths;
   std::vector<DISPLAYCONFIG_MODE_INFO> modes;
   EXPECT_FALSE(host.core().GetDisplayConfigBuffers("User32.dll", QDC_ALL_PATHS, &paths, &modes));
-  EXPECT_EQ(host.TakeLog(),
-            "Check failed: CCD_SUCCEEDED(r). \n"
-            "Call to GetDisplayConfigBufferSizes() failed: r = 31\n");
+  EXPECT_EQ(host.TakeLogWithSeverity(),
+            "ERROR_REPORT Check failed: CCD_SUCCEEDED(r). \n"
+            "ERROR Call to GetDisplayConfigBufferSizes() failed: r = 31\n");
 }
 
 TEST(Win7CcdHelper, FailedQueryIsSilent) {
@@ -67,10 +67,13 @@ TEST(Win7CcdHelper, FailedQueryIsSilent) {
 }
 
 TEST(Win7CcdHelper, BuffersWithoutAnApiFail) {
-  CoreHost host(kPanelAndCrt);
+  CoreHost host(kPanelAndCrt, L"--enable-dcheck");
+  host.core();
+  host.ForgetLog();
   PathList paths;
   std::vector<DISPLAYCONFIG_MODE_INFO> modes;
   EXPECT_FALSE(host.core().GetDisplayConfigBuffers(nullptr, QDC_ALL_PATHS, &paths, &modes));
+  EXPECT_EQ(host.TakeLog(), "");  // the function has not failed: it was not there
 }
 
 TEST(Win7CcdHelper, BuffersCheckTheirPointers) {

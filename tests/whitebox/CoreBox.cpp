@@ -154,6 +154,7 @@ const CoreBox kBox = {
     ReadBuffersOfNothing,
     ReadSourceName,
     ReadSourceNameOfNothing,
+    DisplayModeValidator::ValidateNewest,
     LoadWin7CCDApi,
 };
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Common/MultiMonitor/DisplayModeValidator.h"
 #include "Common/MultiMonitor/HelperFunctions.h"
 #include "Common/MultiMonitor/IDisplayExtension.h"
 #include "Common/MultiMonitor/MultiMonitor.h"
@@ -63,6 +64,9 @@ struct CoreBox {
   bool (*GetSourceDeviceName)(const char* file_name, LUID adapter_id, UINT32 source_id,
                               DISPLAYCONFIG_SOURCE_DEVICE_NAME* source_name);
   bool (*GetSourceDeviceNameOfNothing)();  // every pointer null
+
+  // --- DisplayModeValidator: what its timer does, asking the object of `make`.
+  void (*ValidateNewest)(DisplayModeValidator::MonitorMaker make);
 
   // --- Win7CCDApi.
   BOOL (*LoadWin7CCDApi)(const char* file_name);  // load, then let go

@@ -6,13 +6,21 @@
 static_assert(sizeof(DISPLAYCONFIG_PATH_INFO) == 72, "record of the display configuration API");
 static_assert(sizeof(DISPLAYCONFIG_MODE_INFO) == 64, "record of the display configuration API");
 
-LONG DisplayConfigBuffers::Allocate(const Win7CCDApi& ccd, UINT32 flags) {
+LONG DisplayConfigBuffers::ReadSizes(const Win7CCDApi& ccd, UINT32 flags) {
   if (ccd.GetDisplayConfigBufferSizes == nullptr) return ERROR_NOT_SUPPORTED;
-  const LONG r = ccd.GetDisplayConfigBufferSizes(flags, &path_count_, &mode_count_);
-  if (r != ERROR_SUCCESS) return r;
+  return ccd.GetDisplayConfigBufferSizes(flags, &path_count_, &mode_count_);
+}
+
+bool DisplayConfigBuffers::MakeRoom() {
   paths_.reset(new (std::nothrow) DISPLAYCONFIG_PATH_INFO[path_count_]());
   modes_.reset(new (std::nothrow) DISPLAYCONFIG_MODE_INFO[mode_count_]());
-  return paths_ != nullptr && modes_ != nullptr ? ERROR_SUCCESS : ERROR_NOT_ENOUGH_MEMORY;
+  return paths_ != nullptr && modes_ != nullptr;
+}
+
+LONG DisplayConfigBuffers::Allocate(const Win7CCDApi& ccd, UINT32 flags) {
+  const LONG r = ReadSizes(ccd, flags);
+  if (r != ERROR_SUCCESS) return r;
+  return MakeRoom() ? ERROR_SUCCESS : ERROR_NOT_ENOUGH_MEMORY;
 }
 
 LONG DisplayConfigBuffers::Query(const Win7CCDApi& ccd, UINT32 flags,

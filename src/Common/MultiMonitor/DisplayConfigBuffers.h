@@ -19,7 +19,14 @@ struct Records {
 
 class DisplayConfigBuffers {
  public:
-  /// Asks how many records there are and makes room for them, cleared.
+  /// Asks how many records there are.
+  /// @return Windows' answer, or ERROR_NOT_SUPPORTED with an API that is not bound
+  LONG ReadSizes(const Win7CCDApi& ccd, UINT32 flags);
+
+  /// Makes room for that many records, cleared. @return false without the memory
+  bool MakeRoom();
+
+  /// ReadSizes and MakeRoom.
   /// @return Windows' answer; ERROR_NOT_ENOUGH_MEMORY or, with an API that is not bound,
   /// ERROR_NOT_SUPPORTED
   LONG Allocate(const Win7CCDApi& ccd, UINT32 flags);

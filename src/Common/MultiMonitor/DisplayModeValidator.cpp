@@ -1,9 +1,9 @@
 #include "Common/MultiMonitor/DisplayModeValidator.h"
 
 #include "Common/MultiMonitor/CallScope.h"
+#include "Common/MultiMonitor/CreateIMMonitorForActiveVendor.h"
 #include "Common/MultiMonitor/DisplayConfigBuffers.h"
 #include "Common/MultiMonitor/IMMonitor.h"
-#include "Common/MultiMonitor/MMObjectFactory.h"
 #include "Common/MultiMonitor/OutputTechnology.h"
 #include "Common/MultiMonitor/Win7CCD.h"
 
@@ -21,9 +21,9 @@ DisplayModeValidator* g_newestValidator = nullptr;
 
 // Asks the vendor's own library, whose news are fresher than Windows'. It counts only when it
 // answers.
-bool SomeDisplayIsConnected(uint32_t displays) {
+bool SomeDisplayIsConnected(DisplayModeValidator::MonitorMaker make, uint32_t displays) {
   try {
-    const std::unique_ptr<IMMonitor> imm(CreateIMMonitorForActiveVendor());
+    const std::unique_ptr<IMMonitor> imm(make());
     if (imm == nullptr || imm->Initial() == 0) return true;
     uint32_t connected = 0;
     uint32_t count = 0;
@@ -72,23 +72,23 @@ void CALLBACK DisplayModeValidator::OnTimer(HWND /*wnd*/, UINT /*message*/, UINT
                                             DWORD /*time*/) {
   const CallScope scope;
   KillTimer(nullptr, id);
+  // Deliberate: the newest record's, even when another's timer fired.
+  if (g_newestValidator != nullptr) g_newestValidator->m_timer = 0;
   try {
-    Validate(id);
+    ValidateNewest(CreateIMMonitorForActiveVendor);
   } catch (...) {  // nothing may leave a callback of Windows; there is nobody to tell
   }
 }
 
-void DisplayModeValidator::Validate(UINT_PTR id) {
-  DisplayModeValidator* const validator = g_newestValidator;
+void DisplayModeValidator::ValidateNewest(MonitorMaker make) {
+  const DisplayModeValidator* const validator = g_newestValidator;
   if (validator == nullptr) return;
-  // The timer of another record stays known to that record, which must kill it.
-  if (validator->m_timer == id) validator->m_timer = 0;
   if (validator->m_monitor == nullptr || validator->m_ccd == nullptr) return;
 
   // Taken out first: an object that is made below may become the newest one, and end.
   Win7CCD* const monitor = validator->m_monitor;
   const boost::shared_ptr<Win7CCDApi> ccd = validator->m_ccd;
-  if (!SomeDisplayIsConnected(validator->m_displays) || SomeActivePathIsForced(*ccd)) {
+  if (!SomeDisplayIsConnected(make, validator->m_displays) || SomeActivePathIsForced(*ccd)) {
     monitor->SetNewDisplayMode(IMMonitor::DM_SINGLE, IMMonitor::MD_NB);
   }
 }

@@ -69,8 +69,9 @@ IMMonitor* MMObjectFactory::UsePreferredWin7CCD() {
   if (m_instance != nullptr && m_activeVendor == kVendorWin7CCD) return m_instance;
   // Deliberate: an object that is there already is overwritten, not deleted; and no vendor change
   // is looked for any more.
+  IMMonitor* const preferred = CreateWin7CCDObject();
   RememberUnsaved(m_instance);
-  m_instance = CreateWin7CCDObject();
+  m_instance = preferred;
   m_activeVendor = static_cast<uint16_t>(kVendorWin7CCD);
   m_ccdPreferred = 1;
   return m_instance;

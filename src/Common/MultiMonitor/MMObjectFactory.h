@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "Common/MultiMonitor/CreateIMMonitorForActiveVendor.h"
 #include "Common/MultiMonitor/IDisplayExtension.h"
 #include "Common/MultiMonitor/IMMonitor.h"
 #include "Common/MultiMonitor/IPhysicalMonitor.h"
@@ -36,10 +37,6 @@ IPhysicalMonitor* CreatePhysicalMonitor();
 /// A new object for a PCI vendor id, stored as the active object, not initialised. Null when the
 /// vendor is unknown or construction failed; the active object is then left alone.
 IMMonitor* CreateIMMonitorByVendor(uint32_t vendor);
-
-/// A new object for GetActiveVendorId(), owned by the caller, not initialised. Null when there is
-/// none.
-IMMonitor* CreateIMMonitorForActiveVendor();
 
 /// The vendor whose adapter drives the internal panel now; 0 when it cannot be told.
 uint32_t GetActiveVendorId();

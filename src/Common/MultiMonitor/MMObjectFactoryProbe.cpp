@@ -30,7 +30,7 @@ IMMonitor* NewInitialised(IMMonitor* (*make)(), const char* failure) {
 
 bool HasTwoActiveAdapters() {
   const std::unique_ptr<Win7CCD> ccd(CreateWin7CCDObject());
-  return ccd->Initial() != 0 && ccd->HasMultipleDisplayAdapter() != 0;
+  return ccd != nullptr && ccd->Initial() != 0 && ccd->HasMultipleDisplayAdapter() != 0;
 }
 
 bool IsCrossAdapterCapable(IMMonitor* nv) {
@@ -42,7 +42,7 @@ bool IsCrossAdapterCapable(IMMonitor* nv) {
 uint32_t ActiveVendorOfDiscreteNvidia(IMMonitor* nv) {
   if (win_util::GetWinVersion() > win_util::WINVERSION_VISTA) {
     const std::unique_ptr<Win7CCD> ccd(CreateWin7CCDObject());
-    if (ccd->Initial() != 0) {
+    if (ccd != nullptr && ccd->Initial() != 0) {
       return ccd->HasMultipleDisplayAdapter() ? kVendorNvidia : kVendorIntel;
     }
   }

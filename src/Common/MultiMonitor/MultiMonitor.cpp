@@ -6,8 +6,6 @@
 #include "Common/MultiMonitor/Win7CCD.h"
 #include "Common/win_util.h"
 
-#include <exception>
-
 namespace {
 
 // Reads one mode after the other and forgets it: some drivers build their mode list only when they
@@ -75,7 +73,7 @@ bool MultiMonitor::GetDisplaySettings(uint32_t imm_display, DEVMODEA* dm) {
   const PhysicalMonitorReference reference(ccd);
   try {
     return ccd->Initial() != 0 && ccd->GetDisplaySettings(imm_display, dm);
-  } catch (const std::exception&) {
+  } catch (...) {
     // A server counts as later than Vista without having the functions: Initial throws.
     return false;
   }

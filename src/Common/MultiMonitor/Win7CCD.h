@@ -42,6 +42,7 @@ class Win7CCD : public MultiMonitor, public IPhysicalMonitor {
   /// @param monitor_id  exactly one MD_* bit
   /// @param record      out
   /// @return 0 when it is not known
+  /// @throws std::runtime_error below Windows 7
   virtual BOOL GetTargetPreferredMode(uint32_t monitor_id,
                                       DISPLAYCONFIG_TARGET_PREFERRED_MODE* record);
 

@@ -27,14 +27,17 @@ bool GetDisplayConfigBuffers(Win7CCDApi* ccd, UINT32 flags, UINT32* path_count,
   DCHECK(modes != NULL);
   if (ccd == nullptr || path_count == nullptr || paths == nullptr) return false;
   if (mode_count == nullptr || modes == nullptr) return false;
+  // Only what Windows itself refuses is worth a message.
+  if (ccd->GetDisplayConfigBufferSizes == nullptr) return false;
 
   DisplayConfigBuffers buffers;
-  const LONG r = buffers.Allocate(*ccd, flags);
+  const LONG r = buffers.ReadSizes(*ccd, flags);
   DCHECK(CCD_SUCCEEDED(r));
   if (!CCD_SUCCEEDED(r)) {
     LOG(ERROR) << "Call to GetDisplayConfigBufferSizes() failed: r = " << r;
     return false;
   }
+  if (!buffers.MakeRoom()) return false;
   if (buffers.Query(*ccd, flags, nullptr) != ERROR_SUCCESS) return false;
   *path_count = buffers.Paths().count;
   *mode_count = buffers.Modes().count;
