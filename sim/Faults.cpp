@@ -19,7 +19,7 @@ std::vector<std::string> Faults::Unused() const {
   std::vector<std::string> unused;
   for (const auto& [function, faults] : faults_) {
     for (const Fault& fault : faults) {
-      if (fault.given || fault.from_then_on) continue;
+      if (fault.given) continue;
       unused.push_back(function + ", call " + std::to_string(fault.nth));
     }
   }

@@ -17,7 +17,7 @@ class Faults {
   /// behind it.
   void Declare(const std::string& function, uint32_t nth, uint32_t code, bool from_then_on);
   void Clear();
-  /// The faults declared for one call that has not come, "SetTimer, call 2", one text each.
+  /// The declared faults whose call has not come, "SetTimer, call 2", one text each.
   std::vector<std::string> Unused() const;
   /// Counts a call; the code when this call is to fail.
   std::optional<uint32_t> OnCall(const std::string& function);

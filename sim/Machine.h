@@ -88,7 +88,7 @@ class Machine {
   enum class Repeat { kOnce, kFromThenOn };
   void Fail(const std::string& function, uint32_t nth, uint32_t code = 0,
             Repeat repeat = Repeat::kOnce);
-  /// A kOnce fault whose call never came fails the running test, here and when the machine goes:
+  /// A declared fault whose call never came fails the running test, here and when the machine goes:
   /// the test would show nothing.
   void ClearFaults();
   void ForgiveUnusedFaults();  // for sweeps, which declare a call beyond the last one there is

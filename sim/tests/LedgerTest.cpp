@@ -165,10 +165,12 @@ TEST(Faults, OneThatNeverHappenedFailsTheTest) {
     ASSERT_EQ(failures.list().size(), 1u);
     EXPECT_EQ(failures.list()[0], "a declared fault was never asked for: SetTimer, call 2");
     machine.Fail("KillTimer", 3);
+    machine.Fail("PostMessageA", 1, 0, Machine::Repeat::kFromThenOn);
     EXPECT_EQ(failures.list().size(), 1u);
   }
-  ASSERT_EQ(failures.list().size(), 2u);
+  ASSERT_EQ(failures.list().size(), 3u);
   EXPECT_EQ(failures.list()[1], "a declared fault was never asked for: KillTimer, call 3");
+  EXPECT_EQ(failures.list()[2], "a declared fault was never asked for: PostMessageA, call 1");
 }
 
 TEST(Faults, OneThatNeverHappenedMayBeForgiven) {
