@@ -88,7 +88,7 @@ std::vector<Machine::Timer> Clock::ForgetProceduresIn(const void* begin, const v
     return code < begin || code >= end;
   };
   const auto gone = std::stable_partition(timers_.begin(), timers_.end(), stays);
-  const std::vector<Machine::Timer> dropped(gone, timers_.end());
+  std::vector<Machine::Timer> dropped(gone, timers_.end());
   timers_.erase(gone, timers_.end());
   return dropped;
 }
