@@ -28,4 +28,9 @@ WinVersion GetWinVersion() {
   return static_cast<WinVersion>(g_version);
 }
 
+bool IsXPOrServer2003() {
+  const WinVersion version = GetWinVersion();
+  return version == WINVERSION_XP || version == WINVERSION_SERVER_2003;
+}
+
 }  // namespace win_util

@@ -23,6 +23,9 @@ enum WinVersion {
 /// call and then kept.
 WinVersion GetWinVersion();
 
+/// Windows XP or Server 2003: major version 5 with a minor version above 0.
+bool IsXPOrServer2003();
+
 /// The value for a version number and product type (1 is a workstation).
 WinVersion ClassifyWinVersion(uint32_t major, uint32_t minor, uint8_t product_type);
 

@@ -24,11 +24,6 @@ constexpr WORD kPopupDialog = 101;
 constexpr uint32_t kFirstPostedMessage = 1024;
 constexpr uint32_t kPopupOpened = 1;
 
-bool IsXPOrServer2003() {
-  const win_util::WinVersion version = win_util::GetWinVersion();
-  return version == win_util::WINVERSION_XP || version == win_util::WINVERSION_SERVER_2003;
-}
-
 }  // namespace
 
 DMSwitch* DMSwitch::s_self = nullptr;
@@ -61,7 +56,7 @@ BOOL DMSwitch::Initial() {
   instance_ = g_moduleInstance;
   if (!GetHostFolder(&picture_folder_)) return 0;
   picture_folder_ += L'\\';
-  if (AdjustCorrectResolutionAtStartOnXP() != 0 && IsXPOrServer2003()) {
+  if (AdjustCorrectResolutionAtStartOnXP() != 0 && win_util::IsXPOrServer2003()) {
     AdjustResolutionForCurrentMode();
   }
   // Deliberate: an object that is held already is replaced only by a different one, and is started

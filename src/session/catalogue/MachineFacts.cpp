@@ -38,11 +38,6 @@ class ExtensionReference {
   IDisplayExtension* extension_;
 };
 
-bool IsXPOrServer2003() {
-  const win_util::WinVersion version = win_util::GetWinVersion();
-  return version == win_util::WINVERSION_XP || version == win_util::WINVERSION_SERVER_2003;
-}
-
 bool IntelSupportsTripleDisplay(IMMonitor* object) {
   bool supported = false;
   if (GetCPUBrand() == kIntelCPU && GetIntelCPUGeneration() >= kFirstTripleGeneration) {
@@ -105,7 +100,7 @@ bool IsNvidiaDiscreteOnly() {
   // asked.
   if (g_nvidiaDiscreteOnly == kNotAsked) {
     g_nvidiaDiscreteOnly = 0;
-    if (!IsXPOrServer2003() && ProbeNvidiaDiscreteOnly()) g_nvidiaDiscreteOnly = 1;
+    if (!win_util::IsXPOrServer2003() && ProbeNvidiaDiscreteOnly()) g_nvidiaDiscreteOnly = 1;
   }
   return g_nvidiaDiscreteOnly != 0;
 }
