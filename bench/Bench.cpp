@@ -1,6 +1,7 @@
 // What diagnostics cost where they are off, beside an empty loop, and what a load of the library
-// costs. Prints figures and judges nothing: a number depends on the machine and on what else runs
-// there.
+// costs. Prints these figures and judges none of them: a number depends on the machine and on what
+// else runs there. The one thing that is judged is a proportion, that of the walk over a display's
+// modes.
 
 #include <algorithm>
 #include <cstdint>
@@ -9,6 +10,7 @@
 
 #include "Common/Logging.h"
 #include "Common/Win.h"
+#include "bench/WalkBench.h"
 
 namespace {
 
@@ -96,5 +98,5 @@ int main() {
   // The load first: no library that this program brings along is warm then.
   MeasureLoad("Ostrel.dll");
   MeasureStatements();
-  return 0;
+  return MeasureWalk() ? 0 : 1;
 }

@@ -36,7 +36,9 @@ function(keep_portable sources result)
 endfunction()
 
 file(GLOB_RECURSE all_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*.cpp)
-file(GLOB_RECURSE all_tests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/unit/*.cpp)
+# tests/native stands in for what the portable sources reach of Windows, and looks at it.
+file(GLOB_RECURSE all_tests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/unit/*.cpp
+     ${PROJECT_SOURCE_DIR}/tests/native/*.cpp)
 keep_portable(all_sources portable_sources)
 keep_portable(all_tests portable_tests)
 foreach(file IN LISTS portable_sources portable_tests)
@@ -44,8 +46,10 @@ foreach(file IN LISTS portable_sources portable_tests)
   message(STATUS "native: ${file}")
 endforeach()
 
-add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
-add_link_options(-fsanitize=address,undefined)
+# The last two are no part of "undefined".
+set(sanitizers address,undefined,float-divide-by-zero,float-cast-overflow)
+add_compile_options(-fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+add_link_options(-fsanitize=${sanitizers})
 
 add_library(ostrel_portable STATIC ${portable_sources})
 target_include_directories(ostrel_portable PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
@@ -55,3 +59,13 @@ target_include_directories(ostrel_portable SYSTEM PUBLIC ${OSTREL_LINKED_HEADERS
 add_executable(unit_tests ${portable_tests})
 target_link_libraries(unit_tests PRIVATE ostrel_portable gmock_main)
 set_target_properties(unit_tests PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+# Clang alone has libFuzzer. Each program brings its own stand-in for what its sources reach of Windows.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  add_executable(edid_fuzz ${PROJECT_SOURCE_DIR}/tests/fuzz/edid_fuzz.cpp
+                 ${PROJECT_SOURCE_DIR}/src/Common/MultiMonitor/Edid.cpp)
+  target_include_directories(edid_fuzz PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+  target_compile_options(edid_fuzz PRIVATE -O1 -fsanitize=fuzzer)
+  target_link_options(edid_fuzz PRIVATE -fsanitize=fuzzer)
+  set_target_properties(edid_fuzz PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+endif()

@@ -2,14 +2,17 @@
 
 #include <objbase.h>
 
+#include <cstdlib>
+
 #include "Common/Text.h"
+#include "sim/TempFolder.h"
 
 namespace {
 
 std::string FolderOfHost() {
-  char path[MAX_PATH] = {};
-  GetModuleFileNameA(nullptr, path, MAX_PATH);
-  const std::string text = path;
+  wchar_t path[MAX_PATH] = {};
+  GetModuleFileNameW(nullptr, path, MAX_PATH);
+  const std::string text = NarrowFromWide(path);
   return text.substr(0, text.find_last_of('\\') + 1);
 }
 
@@ -22,7 +25,7 @@ std::string LibraryFile(const std::string& given) {
 std::unique_ptr<Stage> Stage::OnThisMachine(const std::string& library_path) {
   const std::string file = LibraryFile(library_path);
   std::unique_ptr<Stage> stage(new Stage);
-  stage->module_ = LoadLibraryA(file.c_str());
+  stage->module_ = LoadLibraryW(WideFromNarrow(file).c_str());
   if (stage->module_ == nullptr) {
     throw UnusableFile("cannot load " + file + ": error " + std::to_string(GetLastError()));
   }
@@ -31,12 +34,15 @@ std::unique_ptr<Stage> Stage::OnThisMachine(const std::string& library_path) {
 }
 
 std::unique_ptr<Stage> Stage::OnNotebook(const std::string& library_path,
-                                         const std::string& machine_file) {
+                                         const std::string& machine_file,
+                                         const std::string& memory) {
   const std::string file = LibraryFile(library_path);
-  SetEnvironmentVariableA("OSTREL_DLL", file.c_str());
+  // Through the run-time library, which answers from a copy of the environment.
+  _wputenv_s(L"OSTREL_DLL", WideFromNarrow(file).c_str());
   std::unique_ptr<Stage> stage(new Stage);
   stage->notebook_ = sim::Machine::FromFile(machine_file);
   stage->notebook_->UseRealTime();
+  if (!memory.empty()) sim::KeepTempFolder(*stage->notebook_, WideFromNarrow(memory));
   stage->notebook_->UsePictures(WideFromNarrow(FolderOfHost() + "OstrelRes"));
   try {
     stage->simulated_library_ = std::make_unique<sim::Library>(*stage->notebook_);

@@ -15,9 +15,13 @@ class Stage {
   static std::unique_ptr<Stage> OnThisMachine(const std::string& library_path);
 
   /// Loads the library on a simulated notebook that runs in real time.
+  /// @param memory  the folder that takes the place of the notebook's temporary one and stays; ""
+  /// for
+  ///                one that goes with the notebook
   /// @throws UnusableFile, sim::MachineFileError
   static std::unique_ptr<Stage> OnNotebook(const std::string& library_path,
-                                           const std::string& machine_file);
+                                           const std::string& machine_file,
+                                           const std::string& memory);
 
   ~Stage();
   Stage(const Stage&) = delete;

@@ -7,7 +7,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include "Common/Text.h"
 #include "host/Commands.h"
+#include "host/EdidCommand.h"
 #include "host/Press.h"
 #include "host/Words.h"
 #include "sim/Failure.h"
@@ -17,12 +19,15 @@ namespace {
 struct Options {
   std::string library;
   std::string machine;
+  std::string memory;
   bool json = false;
   std::string mode;
   std::vector<std::string> displays;
   std::string on_or_off;
   std::string hotkey = "win+p";
   PressPlan plan;
+  bool read_edids = false;
+  std::vector<std::string> edid_files;
 };
 
 using Command = std::function<int(Stage&, Report&)>;
@@ -92,7 +97,8 @@ void AddPresses(CLI::App& app, Options* options, Command* chosen) {
   press->add_option("--interval", plan->interval, "milliseconds from one to the next")
       ->check(CLI::Range(1, 60000));
   press->add_option("--expect", plan->expected,
-                    "how the machine is to end, such as \"clone internal+crt\"; else exit code 1");
+                    "how the machine is to end, such as \"clone internal+crt\", on a simulated "
+                    "notebook with the desktop's size behind it if wanted; else exit code 1");
   press->callback([options, chosen] {
     *chosen = [options](Stage& stage, Report& report) {
       return Press(stage, report, options->plan);
@@ -108,6 +114,17 @@ void AddPresses(CLI::App& app, Options* options, Command* chosen) {
   });
 }
 
+void AddEdid(CLI::App& app, Options* options) {
+  CLI::App* edid = app.add_subcommand("edid", "tell what the library makes of a monitor's EDID");
+  edid->footer(kEdidHelp);
+  edid->allow_windows_style_options(false);  // a path may begin with a slash
+  edid->add_option("files", options->edid_files, "the EDIDs");
+  for (const char* option : {"--library", "--machine", "--memory", "--json"}) {
+    edid->excludes(app.get_option(option));
+  }
+  edid->callback([options] { options->read_edids = true; });
+}
+
 /// What the simulated notebook found wrong with the library: an unlisted call, a leak at unload.
 bool g_simulator_complained = false;
 
@@ -118,9 +135,9 @@ void OnSimulatorFailure(const std::string& text) {
 
 int Execute(const Options& options, const Command& command) {
   sim::SetFailureSink(&OnSimulatorFailure);
-  std::unique_ptr<Stage> stage = options.machine.empty()
-                                     ? Stage::OnThisMachine(options.library)
-                                     : Stage::OnNotebook(options.library, options.machine);
+  std::unique_ptr<Stage> stage =
+      options.machine.empty() ? Stage::OnThisMachine(options.library)
+                              : Stage::OnNotebook(options.library, options.machine, options.memory);
   Report report(options.json);
   if (!options.machine.empty()) {
     report.Fact("Notebook", options.machine, "machine", options.machine);
@@ -132,18 +149,33 @@ int Execute(const Options& options, const Command& command) {
   return exit_code;
 }
 
+/// As UTF-8, program name included: the narrow ones lack what the code page lacks.
+std::vector<std::string> NarrowArguments(int count, wchar_t** arguments) {
+  std::vector<std::string> narrow;
+  for (int i = 0; i < count; ++i) narrow.push_back(NarrowFromWide(arguments[i]));
+  return narrow;
+}
+
+void Parse(CLI::App& app, const std::vector<std::string>& arguments) {
+  std::vector<const char*> pointers;
+  for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
+  app.parse(static_cast<int>(pointers.size()), pointers.data());
+}
+
 std::string OneLine(const CLI::App* /*app*/, const CLI::Error& error) {
   return std::string("ostrel-host: ") + error.what() + "\n";
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
+extern "C" int wmain(int argc, wchar_t** argv) {
   CLI::App app("The reference host of the Ostrel display-switch library", "ostrel-host");
   Options options;
   Command command;
   app.add_option("--library", options.library, "the DLL; default: Ostrel.dll beside this program");
   app.add_option("--machine", options.machine, "a simulated notebook (TOML) to run on");
+  app.add_option("--memory", options.memory,
+                 "a folder where the simulated notebook remembers settings from call to call");
   app.add_flag("--json", options.json, "one JSON document instead of lines");
   app.require_subcommand(1);
   app.fallthrough();
@@ -151,13 +183,15 @@ int main(int argc, char** argv) {
   AddQueries(app, &command);
   AddChanges(app, &options, &command);
   AddPresses(app, &options, &command);
+  AddEdid(app, &options);
 
   try {
-    app.parse(argc, argv);
+    Parse(app, NarrowArguments(argc, argv));
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kExitDone : kExitUsage;
   }
   try {
+    if (options.read_edids) return ShowEdids(options.edid_files);
     return Execute(options, command);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "ostrel-host: %s\n", error.what());

@@ -15,6 +15,7 @@ using FaceFunction = const std::vector<Entry>& (*)();
 constexpr FaceFunction kFaces[] = {
     DisplayDevicesFace, DisplayConfigFace, SetupApiFace, RegistryFace, SystemFace, LoaderFace,
     TimeFace,           WindowFace,        GdiFace,      HandleFace,   ComFace,    RunTimeFace,
+    ServicesFace,       PlayersFace,       ProfileFace,
 };
 
 constexpr const char* kNeverFailing[] = {
@@ -30,6 +31,7 @@ constexpr const char* kNeverFailing[] = {
     "GetTickCount",
     "GetTickCount64",
     "InitCommonControls",
+    "OutputDebugStringW",
     "PostQuitMessage",
     "Sleep",
     "clock",

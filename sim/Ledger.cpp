@@ -2,6 +2,7 @@
 
 #include <cinttypes>
 #include <cstdio>
+#include <iterator>
 
 namespace sim {
 
@@ -49,6 +50,13 @@ void Ledger::Clear() {
   Lock lock(mutex_);
   held_.clear();
   resident_.clear();
+}
+
+void Ledger::WriteOff(const std::string& kind) {
+  Lock lock(mutex_);
+  for (auto entry = held_.begin(); entry != held_.end();) {
+    entry = entry->first.first == kind ? held_.erase(entry) : std::next(entry);
+  }
 }
 
 std::string Ledger::Outstanding() const {

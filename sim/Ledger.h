@@ -19,6 +19,8 @@ class Ledger {
   bool Holds(const std::string& kind, uint64_t what) const;
   uint32_t Count(const std::string& kind) const;
   void Clear();
+  /// Nobody will give these back, and nobody is asked to.
+  void WriteOff(const std::string& kind);
   /// What is held now belongs to the DLL from its load to its unload, as the log file does, and is
   /// not told by Outstanding() until Settle().
   void MarkResident();

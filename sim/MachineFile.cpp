@@ -1,137 +1,22 @@
 #include "sim/MachineFile.h"
 
 #include <algorithm>
+#include <cctype>
+#include <filesystem>
 #include <fstream>
-#include <set>
 #include <sstream>
-
-#include <toml++/toml.h>
 
 #include "sim/EdidMaker.h"
 #include "sim/Machine.h"
+#include "sim/MachineFields.h"
 #include "sim/ShortForm.h"
 #include "sim/Topology.h"
+#include "sim/faces/ChangeSettings.h"
 
 namespace sim {
 namespace {
 
-constexpr int64_t kLargest = 0xFFFFFFFF;
 constexpr int64_t kLargestSide = 4095;  // an EDID has 12 bits for it
-
-class Complaint {
- public:
-  explicit Complaint(std::string path) : path_(std::move(path)) {}
-  [[noreturn]] void Raise(uint32_t line, const std::string& field, const std::string& what) const {
-    throw MachineFileError(path_ + ", line " + std::to_string(line) + ", field \"" + field +
-                           "\": " + what);
-  }
-
- private:
-  std::string path_;
-};
-
-// One table of the file. It remembers which fields were asked for; the rest are errors.
-class Fields {
- public:
-  Fields(const Complaint& complaint, const toml::table& table, std::string name, uint32_t line)
-      : complaint_(complaint), table_(table), name_(std::move(name)), line_(line) {}
-
-  const toml::node* Find(const std::string& field) {
-    asked_.insert(field);
-    return table_.get(field);
-  }
-
-  std::string Text(const std::string& field) { return Text(field, Need(field)); }
-  std::string TextOr(const std::string& field, const std::string& usual) {
-    const toml::node* node = Find(field);
-    return node != nullptr ? Text(field, *node) : usual;
-  }
-  uint32_t Number(const std::string& field, int64_t most = kLargest) {
-    return Number(field, Need(field), most);
-  }
-  uint32_t NumberOr(const std::string& field, uint32_t usual, int64_t most = kLargest) {
-    const toml::node* node = Find(field);
-    return node != nullptr ? Number(field, *node, most) : usual;
-  }
-  bool TruthOr(const std::string& field, bool usual) {
-    const toml::node* node = Find(field);
-    if (node == nullptr) return usual;
-    if (!node->is_boolean()) Raise(field, *node, "true or false is needed");
-    return node->as_boolean()->get();
-  }
-  std::vector<std::string> Texts(const std::string& field, const toml::node& node) const {
-    if (!node.is_array()) Raise(field, node, "a list of texts is needed");
-    std::vector<std::string> texts;
-    for (const toml::node& element : *node.as_array()) texts.push_back(Text(field, element));
-    return texts;
-  }
-  std::vector<std::string> Texts(const std::string& field) { return Texts(field, Need(field)); }
-
-  Fields Table(const std::string& field, const toml::node& node) const {
-    if (!node.is_table()) Raise(field, node, "a table is needed");
-    return {complaint_, *node.as_table(), Full(field), LineOf(node)};
-  }
-  std::vector<Fields> Tables(const std::string& field) {
-    const toml::node* node = Find(field);
-    std::vector<Fields> tables;
-    if (node == nullptr) return tables;
-    if (!node->is_array())
-      Raise(field, *node, "a list of tables, [[" + Full(field) + "]], is needed");
-    for (const toml::node& element : *node->as_array()) tables.push_back(Table(field, element));
-    return tables;
-  }
-
-  const toml::table& table() const { return table_; }
-
-  void RefuseTheRest() const {
-    for (const auto& [key, node] : table_) {
-      const std::string field(key.str());
-      if (asked_.count(field) == 0) {
-        complaint_.Raise(key.source().begin.line, Full(field), "there is no such field");
-      }
-    }
-  }
-
-  [[noreturn]] void Raise(const std::string& field, const std::string& what) const {
-    const toml::node* node = table_.get(field);
-    complaint_.Raise(node != nullptr ? LineOf(*node) : line_, Full(field), what);
-  }
-
- private:
-  [[noreturn]] void Raise(const std::string& field, const toml::node& node,
-                          const std::string& what) const {
-    complaint_.Raise(LineOf(node), Full(field), what);
-  }
-
-  std::string Full(const std::string& field) const {
-    return name_.empty() ? field : name_ + "." + field;
-  }
-  static uint32_t LineOf(const toml::node& node) { return node.source().begin.line; }
-
-  const toml::node& Need(const std::string& field) {
-    const toml::node* node = Find(field);
-    if (node == nullptr) complaint_.Raise(line_, Full(field), "is missing");
-    return *node;
-  }
-  std::string Text(const std::string& field, const toml::node& node) const {
-    if (!node.is_string()) Raise(field, node, "a text is needed");
-    return node.as_string()->get();
-  }
-  uint32_t Number(const std::string& field, const toml::node& node, int64_t most) const {
-    if (!node.is_integer()) Raise(field, node, "a whole number is needed");
-    const int64_t value = node.as_integer()->get();
-    if (value < 0 || value > most) {
-      Raise(field, node, "a number from 0 to " + std::to_string(most) + " is needed");
-    }
-    return static_cast<uint32_t>(value);
-  }
-
-  const Complaint& complaint_;
-  const toml::table& table_;
-  std::string name_;
-  uint32_t line_;
-  std::set<std::string> asked_;
-};
 
 // "<W>x<H>[x<bits>][@<Hz>]"; bits 0 where none are given.
 std::optional<DisplayMode> ParseMode(const std::string& text) {
@@ -213,17 +98,39 @@ std::vector<DisplayMode> ReadModes(Fields* fields, const DisplayMode& native) {
   return modes;
 }
 
-std::vector<uint8_t> ReadEdid(Fields* fields, const std::string& digits) {
-  constexpr size_t kDigits = 256;
+// Hexadecimal digits in pairs, blanks and line breaks between them. Any number of bytes is a
+// monitor's to send.
+std::vector<uint8_t> ReadEdidBytes(const Fields& fields, const std::string& text) {
+  std::string digits;
+  for (const char c : text) {
+    if (std::isspace(static_cast<unsigned char>(c)) == 0) digits += c;
+  }
   const bool all_hex = digits.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
-  if (digits.size() < kDigits || digits.size() % 2 != 0 || !all_hex) {
-    fields->Raise("edid", "256 hexadecimal digits or more are needed");
+  if (digits.empty() || digits.size() % 2 != 0 || !all_hex) {
+    fields.Raise("edid", "\"none\" or pairs of hexadecimal digits are needed");
   }
   std::vector<uint8_t> bytes;
   for (size_t i = 0; i < digits.size(); i += 2) {
     bytes.push_back(static_cast<uint8_t>(std::stoul(digits.substr(i, 2), nullptr, 16)));
   }
   return bytes;
+}
+
+// What the monitor says of itself: nothing, the bytes of the file, or its name and native mode.
+std::vector<uint8_t> ReadEdid(Fields* fields, const std::string& name, const DisplayMode& native) {
+  constexpr size_t kLongestName = 13;
+  const toml::node* own_name = fields->Find("edid_name");
+  const toml::node* edid = fields->Find("edid");
+  const bool is_text = edid != nullptr && edid->is_string();
+  const bool none = is_text ? fields->Text("edid") == "none" : !fields->TruthOr("edid", true);
+  if (own_name != nullptr && (is_text || none)) {
+    fields->Raise("edid_name", "the EDID is told already");
+  }
+  if (none) return {};
+  if (is_text) return ReadEdidBytes(*fields, fields->Text("edid"));
+  const std::string shown = fields->TextOr("edid_name", name.substr(0, kLongestName));
+  if (shown.size() > kLongestName) fields->Raise("edid_name", "13 characters at most");
+  return MakeEdid(shown, native);
 }
 
 Monitor ReadMonitor(Fields fields) {
@@ -233,18 +140,12 @@ Monitor ReadMonitor(Fields fields) {
   native->bits = 32;
   Monitor monitor = MakeMonitor(name, native->width, native->height);
   monitor.preferred = *native;
-  monitor.edid = MakeEdid(name, *native);
   if (fields.Find("modes") != nullptr) {
     monitor.modes = ReadModes(&fields, *native);
   } else if (native->frequency != 60) {
     monitor.modes.push_back(*native);
   }
-  const toml::node* edid = fields.Find("edid");
-  if (edid != nullptr && edid->is_string()) {
-    monitor.edid = ReadEdid(&fields, fields.Text("edid"));
-  } else if (!fields.TruthOr("edid", true)) {
-    monitor.edid.clear();
-  }
+  monitor.edid = ReadEdid(&fields, name, *native);
   fields.RefuseTheRest();
   return monitor;
 }
@@ -265,6 +166,19 @@ Connector ReadConnector(Fields fields, const Model& model) {
   return connector;
 }
 
+// As if a user had set it in Windows' own settings.
+void SetSize(const Fields& fields, size_t connector, const std::string& text, Model* model) {
+  const std::optional<DisplayMode> mode = ParseMode(text);
+  if (!mode) fields.Raise("sizes", "\"" + text + "\" is no <W>x<H>");
+  SettingsRequest request;
+  request.fields = DM_PELSWIDTH | DM_PELSHEIGHT;
+  request.mode = *mode;
+  const std::optional<size_t> source = SourceOfConnector(*model, connector);
+  if (ChangeSettings(*model, source, &request, CDS_UPDATEREGISTRY) != DISP_CHANGE_SUCCESSFUL) {
+    fields.Raise("sizes", "\"" + text + "\" is not in the list of modes");
+  }
+}
+
 void ReadTopology(Fields fields, Model* model) {
   const std::string kind = fields.Text("kind");
   if (kind != "none" && kind != "single" && kind != "clone" && kind != "extend") {
@@ -282,10 +196,18 @@ void ReadTopology(Fields fields, Model* model) {
       fields.Raise("connectors", "one for a single display, two or more otherwise");
     }
   }
+  const bool has_sizes = fields.Find("sizes") != nullptr;
+  const std::vector<std::string> sizes = fields.TextsOrNone("sizes");
   fields.RefuseTheRest();
   if (!StartWith(*model, connectors, kind == "clone")) {
     fields.Raise("connectors", "these cannot be shown together");
   }
+  if (!has_sizes) return;
+  const size_t desktops = kind == "clone" ? 1 : connectors.size();
+  if (sizes.size() != desktops) {
+    fields.Raise("sizes", "one for each desktop is needed, from left to right");
+  }
+  for (size_t i = 0; i < desktops; ++i) SetSize(fields, connectors[i], sizes[i], model);
 }
 
 // Tables whose keys are free: values by name, told as texts.
@@ -317,6 +239,23 @@ void ReadGroups(Fields* file, const std::string& field, const char* number_prefi
   }
 }
 
+// What else runs on the machine: processes, windows of other programs, services.
+void ReadPrograms(Fields* file, Model* model) {
+  for (Fields fields : file->Tables("process")) {
+    model->processes.push_back({fields.Number("id"), fields.Text("executable")});
+    fields.RefuseTheRest();
+  }
+  for (Fields fields : file->Tables("window")) {
+    model->other_windows.push_back(
+        {fields.Text("class"), fields.TextOr("title", ""), fields.TextsOrNone("children")});
+    fields.RefuseTheRest();
+  }
+  for (Fields fields : file->Tables("service")) {
+    model->services.push_back({fields.Text("name"), fields.TruthOr("running", false)});
+    fields.RefuseTheRest();
+  }
+}
+
 Model ReadModel(Fields file) {
   Model model;
   file.TextOr("name", "");
@@ -330,10 +269,7 @@ Model ReadModel(Fields file) {
   for (const Fields& fields : file.Tables("connector")) {
     model.connectors.push_back(ReadConnector(fields, model));
   }
-  for (Fields fields : file.Tables("process")) {
-    model.processes.push_back({fields.Number("id"), fields.Text("executable")});
-    fields.RefuseTheRest();
-  }
+  ReadPrograms(&file, &model);
   ReadGroups(&file, "registry", "dword:", &model.registry);
   ReadGroups(&file, "config", "", &model.config);
   if (const toml::node* sound = file.Find("sound")) {
@@ -362,7 +298,7 @@ Model ParseMachineText(const std::string& text, const std::string& path) {
 }
 
 Model LoadMachineFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
+  std::ifstream in(std::filesystem::u8path(path), std::ios::binary);
   if (!in) throw MachineFileError(path + ": the file cannot be read");
   std::ostringstream text;
   text << in.rdbuf();

@@ -50,6 +50,20 @@ void DescribeSources(const Model& model, std::ostream& out) {
   }
 }
 
+void DescribePrograms(const Model& model, std::ostream& out) {
+  for (const Process& process : model.processes) {
+    out << "process " << process.id << ": " << process.executable << "\n";
+  }
+  for (const OtherWindow& window : model.other_windows) {
+    out << "window of class " << window.class_name << ": \"" << window.title << "\"";
+    for (const std::string& child : window.child_classes) out << ", child " << child;
+    out << "\n";
+  }
+  for (const Service& service : model.services) {
+    out << "service " << service.name << ": " << (service.running ? "running" : "stopped") << "\n";
+  }
+}
+
 void DescribeTimers(const std::vector<Machine::Timer>& timers, std::ostream& out) {
   for (const Machine::Timer& timer : timers) {
     out << "timer " << timer.id << ": every " << timer.period << " ms, due at " << timer.due
@@ -69,9 +83,7 @@ std::string Machine::Describe() const {
   DescribeConnectors(model, out);
   DescribeSources(model, out);
   out << "topology: " << Topology() << "\n";
-  for (const Process& process : model.processes) {
-    out << "process " << process.id << ": " << process.executable << "\n";
-  }
+  DescribePrograms(model, out);
   out << "clock: " << Now() << " ms\n";
   DescribeTimers(ArmedTimers(), out);
   out << "pop-up: " << (Popup() != nullptr ? "open" : "none") << ", "

@@ -115,6 +115,19 @@ struct Process {
   std::string executable;
 };
 
+/// A top-level window of some other program, with the classes of its children in order.
+struct OtherWindow {
+  std::string class_name;
+  std::string title;
+  std::vector<std::string> child_classes;
+};
+
+/// A service that the service control manager knows.
+struct Service {
+  std::string name;
+  bool running = false;
+};
+
 struct Model {
   WindowsVersion windows;
   std::vector<Adapter> adapters;
@@ -131,6 +144,8 @@ struct Model {
   /// is "dword:12" or "dword:0x0c" for REG_DWORD, "hex:0aff" for REG_BINARY, anything else REG_SZ.
   std::map<std::string, std::map<std::string, std::string>> registry;
   std::vector<Process> processes;
+  std::vector<OtherWindow> other_windows;
+  std::vector<Service> services;
   uint32_t wave_out_devices = 1;
   /// Keys that whoever starts the machine writes into Ostrel.cfg: section to key to value.
   std::map<std::string, std::map<std::string, std::string>> config;

@@ -18,11 +18,11 @@ constexpr RealImports kRealImports[] = {
      " FormatMessageA GetLastError SetLastError LocalFree VirtualProtect VirtualQuery"
      " AddVectoredExceptionHandler RemoveVectoredExceptionHandler RaiseException"
      " RtlCaptureContext RtlLookupFunctionEntry RtlUnwindEx RtlVirtualUnwind"
-     " __C_specific_handler OutputDebugStringA OutputDebugStringW IsDebuggerPresent"
+     " __C_specific_handler OutputDebugStringA IsDebuggerPresent"
      " DebugBreak "},
     // Threads and locks. Most of it is the compiler's own thread support.
     {"kernel32.dll",
-     " CreateThread ResumeThread SuspendThread GetThreadContext SetThreadContext"
+     " ResumeThread SuspendThread GetThreadContext SetThreadContext"
      " GetThreadPriority SetThreadPriority GetCurrentThread GetCurrentThreadId"
      " GetCurrentProcess GetCurrentProcessId GetProcessAffinityMask SetProcessAffinityMask"
      " OpenProcess DuplicateHandle GetHandleInformation TlsAlloc TlsGetValue TlsSetValue"
@@ -33,7 +33,7 @@ constexpr RealImports kRealImports[] = {
     {"kernel32.dll",
      " WriteFile SetFilePointer GetFileSizeEx GetFileAttributesW CreateDirectoryW DeleteFileA"
      " DeleteFileW CopyFileW GetPrivateProfileIntA GetPrivateProfileIntW"
-     " GetPrivateProfileStringA WritePrivateProfileStringA "},
+     " GetPrivateProfileStringA "},
     // Text.
     {"kernel32.dll",
      " MultiByteToWideChar WideCharToMultiByte IsDBCSLeadByteEx lstrlenA lstrcmpA lstrcmpiA "},

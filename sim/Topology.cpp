@@ -165,6 +165,21 @@ std::vector<DisplayMode> ModesOfSource(const Model& model, size_t source) {
   return next ? ModesOfConnector(model, *next) : std::vector<DisplayMode>();
 }
 
+std::string DescribeSizes(const Model& model) {
+  std::vector<const Source*> desktops;
+  for (size_t i = 0; i < model.sources.size(); ++i) {
+    if (IsAttached(model, i)) desktops.push_back(&model.sources[i]);
+  }
+  std::stable_sort(desktops.begin(), desktops.end(),
+                   [](const Source* a, const Source* b) { return a->x < b->x; });
+  std::string text;
+  for (const Source* desktop : desktops) {
+    if (!text.empty()) text += "+";
+    text += std::to_string(desktop->mode.width) + "x" + std::to_string(desktop->mode.height);
+  }
+  return text;
+}
+
 void NumberDevices(Model& model) {
   uint32_t luid = 0x9000;
   for (Adapter& adapter : model.adapters) {

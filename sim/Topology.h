@@ -105,4 +105,7 @@ void UnplugMonitor(Model& model, size_t connector);
 /// missing.
 void NumberDevices(Model& model);
 
+/// The sizes of the desktops from left to right: "1024x768", "1366x768+1280x1024"; "" for none.
+std::string DescribeSizes(const Model& model);
+
 }  // namespace sim

@@ -9,7 +9,7 @@ PACKAGES_BUILD=(
 )
 PACKAGES_RUN=(wine wine64 xvfb xcompmgr x11-xserver-utils imagemagick)
 PACKAGES_TEST=(
-  g++ clang-format-14 clang-tidy-14
+  g++ clang-format-14 clang-tidy-14 clang-14 libclang-rt-14-dev
   xserver-xorg-core xserver-xorg-video-dummy
 )
 

@@ -2,7 +2,7 @@
 # What a suite prints is shown when it fails; of one that passes, the lines that begin with "NOTE ".
 # shellcheck shell=bash
 
-ALL_SUITES=(format build header native unit sim behaviour session ubsan built-file pictures host desktop demo tidy)
+ALL_SUITES=(format build header native fuzz unit sim behaviour session ubsan built-file pictures host desktop demo tidy)
 
 # What several suites share is started here, in the script's own process, when the first of them comes.
 prepare_for() {
@@ -46,6 +46,10 @@ need_built() {
   complain "*** $* was not built"
   exit 1
 }
+
+# Every load of the library costs its process a thread-local slot that the compiler's run-time library never gives back,
+# and a process has 1088: the programs that load it for each test are cut into more pieces than there are cores.
+LOADING_SHARDS=$((2 * JOBS))
 
 # run_program RESULT SHARDS PRESET NAME: a GoogleTest program under Wine.
 run_program() {
@@ -114,12 +118,41 @@ suite_native() {
     python3 "$ROOT/scripts/lib/run_gtest.py" "$1" "$BUILD/native/bin/unit_tests"
 }
 
+# Fixed seeds: what fails here fails here again. The input that failed is kept beside the seeds.
+suite_fuzz() {
+  need_built fuzz edid_fuzz
+  local folder=$BUILD/fuzz/edid
+  rm -rf "$folder" && mkdir -p "$folder/corpus"
+  python3 "$ROOT/tests/fuzz/make_edid_seeds.py" "$folder/seeds" || return 1
+  {
+    check "the EDID reader takes every seed" fuzz_seeds edid_fuzz "$folder"
+    check "the EDID reader takes 800000 blocks made of them" fuzz_run edid_fuzz "$folder" 800000 300
+  } | tally "$1"
+}
+
+# fuzz_seeds PROGRAM FOLDER: each seed once.
+fuzz_seeds() { run_fuzzer "$1" -artifact_prefix="$2/" "$2"/seeds/*; }
+
+# fuzz_run PROGRAM FOLDER RUNS LARGEST: it must tell that it has made them all.
+fuzz_run() {
+  run_fuzzer "$1" -artifact_prefix="$2/" -seed=1 -runs="$3" -max_len="$4" "$2/corpus" "$2/seeds" >"$2/run.log" 2>&1 &&
+    grep -q "^Done $3 runs" "$2/run.log" && return 0
+  tail -n 60 "$2/run.log"
+  return 1
+}
+
+run_fuzzer() {
+  local program=$1
+  shift
+  ASAN_OPTIONS=detect_leaks=${OSTREL_LEAKS:-1} timeout 300 "$BUILD/fuzz/bin/$program" "$@"
+}
+
 # --- What runs under Wine
 
 suite_unit() { need_built release unit_tests; run_program "$1" 1 release unit_tests; }
 suite_sim() { need_built release sim_tests; run_program "$1" "$JOBS" release sim_tests; }
-suite_behaviour() { need_built release behaviour_tests; run_program "$1" "$JOBS" release behaviour_tests; }
-suite_session() { need_built release session_tests; run_program "$1" "$JOBS" release session_tests; }
+suite_behaviour() { need_built release behaviour_tests; run_program "$1" "$LOADING_SHARDS" release behaviour_tests; }
+suite_session() { need_built release session_tests; run_program "$1" "$LOADING_SHARDS" release session_tests; }
 
 # The library alone is built once more; the test programs are those of the release build, beside it.
 suite_ubsan() {
@@ -129,7 +162,7 @@ suite_ubsan() {
   for name in behaviour_tests session_tests; do
     cp "$BUILD/release/bin/$name.exe" "$BUILD/ubsan/bin/"
     rm -f "$1.part"
-    run_program "$1.part" "$JOBS" ubsan "$name"
+    run_program "$1.part" "$LOADING_SHARDS" ubsan "$name"
     part_passed=0 part_failed=1
     [[ -s $1.part ]] && read -r part_passed part_failed <"$1.part"
     passed=$((passed + part_passed)) failed=$((failed + part_failed))

@@ -10,7 +10,8 @@ namespace {
 
 constexpr char kFile[] = "file";
 constexpr char kMutex[] = "mutex";
-constexpr const char* kKinds[] = {kFile, kMutex};
+constexpr char kThread[] = "thread";
+constexpr const char* kKinds[] = {kFile, kMutex, kThread};
 
 HANDLE Refuse(const Call& call, DWORD usual, HANDLE nothing) {
   SetLastError(call.FaultCode() != 0 ? call.FaultCode() : usual);
@@ -43,6 +44,15 @@ HANDLE WINAPI FakeCreateEventA(LPSECURITY_ATTRIBUTES security, BOOL manual, BOOL
   Call call("CreateEventA");
   if (call.Fails()) return Refuse(call, ERROR_NO_SYSTEM_RESOURCES, nullptr);
   return CreateEventA(security, manual, set, name);
+}
+
+// The thread really runs. The compiler's thread support starts its own by another way.
+HANDLE WINAPI FakeCreateThread(LPSECURITY_ATTRIBUTES security, SIZE_T stack,
+                               LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD flags,
+                               LPDWORD id) {
+  Call call("CreateThread");
+  if (call.Fails()) return Refuse(call, ERROR_NOT_ENOUGH_MEMORY, nullptr);
+  return Take(kThread, CreateThread(security, stack, start, parameter, flags, id));
 }
 
 // A handle closed twice may by then be somebody else's: told where it shows, the last error kept.
@@ -80,6 +90,7 @@ const std::vector<Entry>& HandleFace() {
       {"kernel32.dll", "CreateFileW", Guard<FakeCreateFileW>()},
       {"kernel32.dll", "CreateMutexW", Guard<FakeCreateMutexW>()},
       {"kernel32.dll", "CreateEventA", Guard<FakeCreateEventA>()},
+      {"kernel32.dll", "CreateThread", Guard<FakeCreateThread>()},
       {"kernel32.dll", "CloseHandle", Guard<FakeCloseHandle>()},
   };
   return entries;

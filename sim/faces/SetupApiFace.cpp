@@ -17,7 +17,9 @@
 namespace sim {
 namespace {
 
+// The ledger tells the lists of the two calls apart.
 constexpr char kListKind[] = "device list";
+constexpr char kWideListKind[] = "wide device list";
 constexpr GUID kDisplayClass = {
     0x4D36E968, 0xE325, 0x11CE, {0xBF, 0xC1, 0x08, 0x00, 0x2B, 0xE1, 0x03, 0x18}};
 constexpr GUID kMonitorClass = {
@@ -33,8 +35,13 @@ struct Device {
   DWORD instance;
 };
 
-std::map<HDEVINFO, std::vector<Device>>& OpenLists() {
-  static std::map<HDEVINFO, std::vector<Device>> lists;
+struct DeviceList {
+  const char* kind = kListKind;
+  std::vector<Device> devices;
+};
+
+std::map<HDEVINFO, DeviceList>& OpenLists() {
+  static std::map<HDEVINFO, DeviceList> lists;
   return lists;
 }
 
@@ -70,7 +77,7 @@ const Connector* ConnectorOf(const Model& model, DWORD instance) {
   return connector.monitor ? &connector : nullptr;
 }
 
-HDEVINFO OpenList(const char* function, const GUID* wanted, DWORD flags) {
+HDEVINFO OpenList(const char* function, const char* kind, const GUID* wanted, DWORD flags) {
   Call call(function);
   if (call.Fails()) {
     SetLastError(FaultOr(call, ERROR_NOT_ENOUGH_MEMORY));
@@ -85,19 +92,19 @@ HDEVINFO OpenList(const char* function, const GUID* wanted, DWORD flags) {
   static uintptr_t next = 0x61000;
   const HDEVINFO list = reinterpret_cast<HDEVINFO>(next += 4);
   const bool all = (flags & DIGCF_ALLCLASSES) != 0;
-  OpenLists()[list] = PresentDevices(CurrentModel(), all ? nullptr : wanted);
-  LedgerTake(kListKind, list);
+  OpenLists()[list] = {kind, PresentDevices(CurrentModel(), all ? nullptr : wanted)};
+  LedgerTake(kind, list);
   LeaveDirtyLastError();
   call.Read(0, "flags=0x%lx", flags);
   return list;
 }
 
 HDEVINFO WINAPI FakeSetupDiGetClassDevsA(const GUID* wanted, PCSTR, HWND, DWORD flags) {
-  return OpenList("SetupDiGetClassDevsA", wanted, flags);
+  return OpenList("SetupDiGetClassDevsA", kListKind, wanted, flags);
 }
 
 HDEVINFO WINAPI FakeSetupDiGetClassDevsW(const GUID* wanted, PCWSTR, HWND, DWORD flags) {
-  return OpenList("SetupDiGetClassDevsW", wanted, flags);
+  return OpenList("SetupDiGetClassDevsW", kWideListKind, wanted, flags);
 }
 
 BOOL Refuse(const Call& call, DWORD error) {
@@ -113,9 +120,10 @@ BOOL WINAPI FakeSetupDiEnumDeviceInfo(HDEVINFO list, DWORD index, PSP_DEVINFO_DA
   if (data == nullptr || data->cbSize != sizeof *data) {
     return Refuse(call, ERROR_INVALID_USER_BUFFER);
   }
-  if (index >= open->second.size()) return Refuse(call, ERROR_NO_MORE_ITEMS);
-  data->ClassGuid = open->second[index].device_class;
-  data->DevInst = open->second[index].instance;
+  const std::vector<Device>& devices = open->second.devices;
+  if (index >= devices.size()) return Refuse(call, ERROR_NO_MORE_ITEMS);
+  data->ClassGuid = devices[index].device_class;
+  data->DevInst = devices[index].instance;
   data->Reserved = 0;
   LeaveDirtyLastError();
   return static_cast<BOOL>(call.Read(TRUE, "%lu", index));
@@ -222,8 +230,10 @@ BOOL WINAPI FakeSetupDiGetDeviceRegistryPropertyW(HDEVINFO list, PSP_DEVINFO_DAT
 BOOL WINAPI FakeSetupDiDestroyDeviceInfoList(HDEVINFO list) {
   Call call("SetupDiDestroyDeviceInfoList");
   if (call.Fails()) return Refuse(call, ERROR_INVALID_HANDLE);
-  LedgerGive(kListKind, list);
-  if (OpenLists().erase(list) == 0) return Refuse(call, ERROR_INVALID_HANDLE);
+  const auto open = OpenLists().find(list);
+  LedgerGive(open != OpenLists().end() ? open->second.kind : kListKind, list);
+  if (open == OpenLists().end()) return Refuse(call, ERROR_INVALID_HANDLE);
+  OpenLists().erase(open);
   LeaveDirtyLastError();
   return TRUE;
 }

@@ -86,13 +86,6 @@ BOOL WINAPI FakeGetProductInfo(DWORD major, DWORD minor, DWORD, DWORD, PDWORD pr
 
 bool HasProductInfo(const Model& model) { return model.windows.product.has_value(); }
 
-BOOL WINAPI FakeIsWow64Process(HANDLE, PBOOL answer) {
-  Call call("IsWow64Process");
-  if (call.Fails() || answer == nullptr) return Refuse(call, ERROR_INVALID_PARAMETER);
-  *answer = FALSE;
-  return TRUE;
-}
-
 // --- Environment.
 
 // The variables that every process has, where the machine does not set them.
@@ -110,6 +103,17 @@ std::optional<std::wstring> Variable(const std::string& name) {
     if (Lower(variable.first) == Lower(name)) return Widen(variable.second);
   }
   return UsualVariable(Lower(name));
+}
+
+// Windows sets this variable in the environment of 32-bit processes on 64-bit systems and in no
+// other, so that it tells what kind of process the machine has for a host.
+constexpr char kNativeArchitecture[] = "PROCESSOR_ARCHITEW6432";
+
+BOOL WINAPI FakeIsWow64Process(HANDLE, PBOOL answer) {
+  Call call("IsWow64Process");
+  if (call.Fails() || answer == nullptr) return Refuse(call, ERROR_INVALID_PARAMETER);
+  *answer = Variable(kNativeArchitecture) ? TRUE : FALSE;
+  return static_cast<BOOL>(call.Read(TRUE, "%d", *answer));
 }
 
 std::wstring Expand(const std::wstring& text) {
@@ -332,6 +336,18 @@ BOOL WINAPI FakeCreateProcessA(LPCSTR application, LPSTR line, LPSECURITY_ATTRIB
   return Refuse(call, ERROR_ACCESS_DENIED);
 }
 
+// --- Lines for a debugger.
+
+// The journal has one line a call: a line feed shows as "\n" there.
+void WINAPI FakeOutputDebugStringW(LPCWSTR text) {
+  Call call("OutputDebugStringW");
+  std::string shown;
+  for (const char letter : Narrow(text != nullptr ? text : L"")) {
+    shown += letter == '\n' ? std::string("\\n") : std::string(1, letter);
+  }
+  call.Read(0, "%s", shown.c_str());
+}
+
 // --- Sound.
 
 UINT WINAPI FakeWaveOutGetNumDevs() {
@@ -365,6 +381,7 @@ const std::vector<Entry>& SystemFace() {
       {"kernel32.dll", "Process32FirstW", Guard<FakeProcess32FirstW>()},
       {"kernel32.dll", "Process32NextW", Guard<FakeProcess32NextW>()},
       {"kernel32.dll", "CreateProcessA", Guard<FakeCreateProcessA>()},
+      {"kernel32.dll", "OutputDebugStringW", Guard<FakeOutputDebugStringW>()},
       {"winmm.dll", "waveOutGetNumDevs", Guard<FakeWaveOutGetNumDevs>()},
   };
   return kEntries;

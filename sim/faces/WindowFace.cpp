@@ -234,7 +234,6 @@ std::vector<Entry> RealEntries() {
       CountedEntry<SetWindowPos>(kUser32, "SetWindowPos"),
       CountedEntry<BringWindowToTop>(kUser32, "BringWindowToTop"),
       CountedEntry<SetForegroundWindow>(kUser32, "SetForegroundWindow"),
-      CountedEntry<GetWindow>(kUser32, "GetWindow"),
       CountedEntry<GetParent>(kUser32, "GetParent"),
       CountedEntry<IsWindow>(kUser32, "IsWindow"),
       CountedEntry<IsWindowVisible>(kUser32, "IsWindowVisible"),

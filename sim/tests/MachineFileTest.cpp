@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
+#include "sim/EdidMaker.h"
 #include "sim/Machine.h"
 #include "sim/Topology.h"
 
@@ -134,11 +137,59 @@ TEST(MachineFile, VersionByNumbersHasNoProductUnlessGiven) {
   EXPECT_FALSE(model.windows.product.has_value());
 }
 
+// The EDID of the small file's panel when `lines` stand behind its native size.
+std::vector<uint8_t> EdidWith(const std::string& lines) {
+  const Model model =
+      ParseMachineText(With("native = \"1366x768\"", "native = \"1366x768\"\n" + lines), "e.toml");
+  return model.connectors[0].monitor->edid;
+}
+
 TEST(MachineFile, EdidDigitsAreTakenAsTheyAre) {
   const std::string digits(256, 'a');
-  const Model model = ParseMachineText(
-      With("native = \"1366x768\"", "native = \"1366x768\"\nedid = \"" + digits + "\""), "e.toml");
-  EXPECT_EQ(model.connectors[0].monitor->edid, std::vector<uint8_t>(128, 0xAA));
+  EXPECT_EQ(EdidWith("edid = \"" + digits + "\""), std::vector<uint8_t>(128, 0xAA));
+  EXPECT_EQ(EdidWith("edid = \"00ff\""), (std::vector<uint8_t>{0x00, 0xFF}));
+  EXPECT_EQ(EdidWith("edid = \"\"\"\n00 FF\n0a 1\nB\n\"\"\""),
+            (std::vector<uint8_t>{0x00, 0xFF, 0x0A, 0x1B}));
+}
+
+TEST(MachineFile, MonitorWithoutAnEdidSendsNone) {
+  EXPECT_TRUE(EdidWith("edid = \"none\"").empty());
+  EXPECT_TRUE(EdidWith("edid = false").empty());
+  EXPECT_EQ(EdidWith("edid = true"), MakeEdid("Panel", {1366, 768, 32, 60}));
+}
+
+TEST(MachineFile, EdidNameIsTheMonitorsOwnWord) {
+  EXPECT_EQ(EdidWith("edid_name = \"Veld k2210\""), MakeEdid("Veld k2210", {1366, 768, 32, 60}));
+  EXPECT_EQ(EdidWith("edid_name = \"\""), MakeEdid("", {1366, 768, 32, 60}));
+  EXPECT_EQ(EdidWith("edid_name = \"thirteen char\""),
+            MakeEdid("thirteen char", {1366, 768, 32, 60}));
+}
+
+TEST(MachineFile, WindowsAndServicesArrive) {
+  const Model model = ParseMachineText(std::string(kSmall) + R"([[window]]
+class = "WMPlayerApp"
+title = "Windows Media Player"
+children = ["Static", "EVRVideoHandler"]
+[[window]]
+class = "Bare"
+[[service]]
+name = "Dock"
+running = true
+[[service]]
+name = "Spooler"
+)",
+                                       "w.toml");
+  ASSERT_EQ(model.other_windows.size(), 2u);
+  EXPECT_EQ(model.other_windows[0].class_name, "WMPlayerApp");
+  EXPECT_EQ(model.other_windows[0].title, "Windows Media Player");
+  EXPECT_EQ(model.other_windows[0].child_classes,
+            (std::vector<std::string>{"Static", "EVRVideoHandler"}));
+  EXPECT_EQ(model.other_windows[1].title, "");
+  EXPECT_TRUE(model.other_windows[1].child_classes.empty());
+  ASSERT_EQ(model.services.size(), 2u);
+  EXPECT_EQ(model.services[0].name, "Dock");
+  EXPECT_TRUE(model.services[0].running);
+  EXPECT_FALSE(model.services[1].running);
 }
 
 TEST(MachineFile, ComplaintNamesFileLineAndField) {
@@ -197,13 +248,41 @@ TEST(MachineFile, EveryIllTypedOrImpossibleFieldIsNamed) {
        "\"connector.monitor.modes\": a list"},
       {"native = \"1366x768\"", "native = \"1366x768\"\nmodes = [\"800\"]", "\"800\" is no"},
       {"native = \"1366x768\"", "native = \"1366x768\"\nmodes = [800]", "a text is needed"},
-      {"native = \"1366x768\"", "native = \"1366x768\"\nedid = \"00ff\"",
+      {"native = \"1366x768\"", "native = \"1366x768\"\nedid = \"00f\"",
        "\"connector.monitor.edid\""},
       {"native = \"1366x768\"", "native = \"1366x768\"\nedid = 1", "\"connector.monitor.edid\""},
+      {"native = \"1366x768\"", "native = \"1366x768\"\nedid = \"zz\"",
+       "\"connector.monitor.edid\": \"none\" or pairs"},
+      {"native = \"1366x768\"", "native = \"1366x768\"\nedid = \"\"", "\"none\" or pairs"},
+      {"native = \"1366x768\"", "native = \"1366x768\"\nedid_name = \"fourteen chars\"",
+       "\"connector.monitor.edid_name\": 13 characters at most"},
+      {"native = \"1366x768\"", "native = \"1366x768\"\nedid = \"none\"\nedid_name = \"A\"",
+       "\"connector.monitor.edid_name\": the EDID is told already"},
+      {"native = \"1366x768\"", "native = \"1366x768\"\nedid = \"00\"\nedid_name = \"A\"",
+       "\"connector.monitor.edid_name\": the EDID is told already"},
+      {"[topology]", "[[window]]\ntitle = \"x\"\n[topology]", "\"window.class\": is missing"},
+      {"[topology]", "[[window]]\nclass = \"x\"\nchildren = \"y\"\n[topology]",
+       "\"window.children\": a list of texts"},
+      {"[topology]", "[[window]]\nclass = \"x\"\nparent = \"y\"\n[topology]",
+       "\"window.parent\": there is no such field"},
+      {"[topology]", "[[service]]\nrunning = true\n[topology]", "\"service.name\": is missing"},
+      {"[topology]", "[[service]]\nname = \"x\"\nrunning = 1\n[topology]",
+       "\"service.running\": true or false"},
+      {"[topology]", "[[service]]\nname = \"x\"\nstate = 1\n[topology]",
+       "\"service.state\": there is no such field"},
+      {"[topology]", "[service]\nname = \"x\"\n[topology]", "\"service\": a list of tables"},
       {"native = \"1366x768\"", "native = \"9999x768\"", "\"connector.monitor.native\""},
       {"kind = \"single\"", "kind = \"span\"", "\"topology.kind\""},
       {"kind = \"single\"", "kind = \"clone\"", "\"topology.connectors\""},
       {"connectors = [\"internal\"]", "connectors = [\"crt\"]", "there is no connector \"crt\""},
+      {"connectors = [\"internal\"]", "connectors = [\"internal\"]\nsizes = [\"800x600\", \"1x1\"]",
+       "\"topology.sizes\": one for each desktop"},
+      {"connectors = [\"internal\"]", "connectors = [\"internal\"]\nsizes = []",
+       "\"topology.sizes\": one for each desktop"},
+      {"connectors = [\"internal\"]", "connectors = [\"internal\"]\nsizes = [\"small\"]",
+       "\"topology.sizes\": \"small\" is no"},
+      {"connectors = [\"internal\"]", "connectors = [\"internal\"]\nsizes = [\"1400x900\"]",
+       "\"topology.sizes\": \"1400x900\" is not in the list of modes"},
       {"[topology]", "[sound]\nwave_out_devices = \"two\"\n[topology]",
        "\"sound.wave_out_devices\""},
       {"[topology]", "[registry.A]\nx = true\n[topology]", "\"registry.A.x\""},
@@ -227,11 +306,78 @@ TEST(MachineFile, EveryNotebookOfTheFolderStartsWithItsPanelAlone) {
   for (const char* name :
        {"intel-panel-crt", "intel-panel-hdmi", "intel-panel-crt-hdmi", "nvidia-panel-crt",
         "intel-nvidia", "amd-panel-hdmi", "displaylink-intel", "xp-nvidia", "vista-nvidia",
-        "server2008", "win7-starter"}) {
+        "server2008", "win7-starter", "intel-panel-projector", "intel-portrait-crt",
+        "intel-1024x600-crt", "intel-twin-monitors"}) {
     const Model model = LoadMachineFile(Checkout() + "machines/" + name + ".toml");
     EXPECT_EQ(DescribeTopology(model), "single internal") << name;
     EXPECT_GE(ConnectedIds(model).size(), 2u) << name;
   }
+}
+
+std::vector<DisplayMode> ModesOf(const Model& model, const char* connector) {
+  return ModesOfConnector(model, *FindConnector(model, connector));
+}
+
+Model Notebook(const char* name) {
+  return LoadMachineFile(Checkout() + "machines/" + name + ".toml");
+}
+
+TEST(MachineFile, ProjectorIsOneOfTheProblemKindAndReaches1024By768) {
+  const Model model = Notebook("intel-panel-projector");
+  const Monitor& projector = *model.connectors[1].monitor;
+  EXPECT_EQ(projector.edid, MakeEdid("Veld k2210", {1024, 768, 32, 60}));
+  for (const DisplayMode& mode : projector.modes) {
+    EXPECT_LE(mode.width, 1024u);
+    EXPECT_LE(mode.height, 768u);
+  }
+  EXPECT_EQ(model.config.at("PM:1024x768").at("Check Problem Projector"), "1");
+}
+
+TEST(MachineFile, PortraitPanelStandsUprightAndSharesUprightSizes) {
+  const Model model = Notebook("intel-portrait-crt");
+  EXPECT_EQ(model.sources[0].mode, (DisplayMode{800, 1280, 32, 60}));
+  const DisplayMode upright{800, 1280, 32, 60};
+  const std::vector<DisplayMode> both = CommonModes(model, {0, 1});
+  EXPECT_NE(std::find(both.begin(), both.end(), upright), both.end());
+}
+
+TEST(MachineFile, NetbooksPanelListsNothingHigherThan600) {
+  const Model model = Notebook("intel-1024x600-crt");
+  for (const DisplayMode& mode : ModesOf(model, "internal")) EXPECT_LE(mode.height, 600u);
+  EXPECT_EQ(model.sources[0].mode, (DisplayMode{1024, 600, 32, 60}));
+}
+
+TEST(MachineFile, TwinMonitorsSendTheSameEdid) {
+  const Model model = Notebook("intel-twin-monitors");
+  EXPECT_EQ(model.connectors[1].monitor->edid, MakeEdid("Harbor 24", {1920, 1200, 32, 60}));
+  EXPECT_EQ(model.connectors[1].monitor->edid, model.connectors[2].monitor->edid);
+  EXPECT_NE(model.connectors[1].monitor->name, model.connectors[2].monitor->name);
+}
+
+TEST(MachineFile, YesterdaysNotebookIsTheSameInAClone) {
+  const Model model = Notebook("intel-clone-800x600");
+  const Model today = Notebook("intel-panel-crt");
+  EXPECT_EQ(DescribeTopology(model), "clone internal+crt");
+  EXPECT_EQ(DescribeSizes(model), "800x600");
+  for (size_t i = 0; i < 2; ++i) {
+    EXPECT_EQ(model.connectors[i].monitor->edid, today.connectors[i].monitor->edid);
+    EXPECT_EQ(model.connectors[i].monitor->modes, today.connectors[i].monitor->modes);
+  }
+}
+
+TEST(MachineFile, SizesAreThoseOfTheDesktopsFromLeftToRight) {
+  const std::string one = "connectors = [\"internal\"]";
+  EXPECT_EQ(DescribeSizes(ParseMachineText(With(one, one + "\nsizes = [\"800x600\"]"), "s.toml")),
+            "800x600");
+  const std::string two = With("[topology]\nkind = \"single\"\nconnectors = [\"internal\"]",
+                               "[[connector]]\nid = \"crt\"\n[connector.monitor]\nname = \"C\"\n"
+                               "native = \"1024x768\"\n[topology]\nkind = \"extend\"\n"
+                               "connectors = [\"crt\", \"internal\"]\n"
+                               "sizes = [\"800x600\", \"1024x768\"]");
+  const Model extended = ParseMachineText(two, "s.toml");
+  EXPECT_EQ(DescribeTopology(extended), "extend internal+crt");
+  EXPECT_EQ(DescribeSizes(extended), "800x600+1024x768");
+  EXPECT_EQ(extended.sources[1].x, 800);
 }
 
 TEST(MachineFile, FileThatIsNotThereIsNamed) {

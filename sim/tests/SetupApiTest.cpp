@@ -200,6 +200,44 @@ TEST(SetupApi, MonitorsKeyHoldsItsEdid) {
   EXPECT_EQ(FAKE(RegCloseKey)(key), ERROR_SUCCESS);
 }
 
+// The EDID of every monitor that is present, in the list's order; empty for one without.
+std::vector<std::vector<uint8_t>> PresentEdids() {
+  std::vector<std::vector<uint8_t>> edids;
+  const DeviceList list(kMonitorClass);
+  SP_DEVINFO_DATA data;
+  for (DWORD index = 0; list.Device(index, &data); ++index) {
+    const HKEY key =
+        FAKE(SetupDiOpenDevRegKey)(list.get(), &data, DICS_FLAG_GLOBAL, 0, DIREG_DEV, KEY_READ);
+    DWORD size = 0;
+    FAKE(RegQueryValueExA)(key, "EDID", nullptr, nullptr, nullptr, &size);
+    std::vector<uint8_t> edid(size);
+    if (size != 0) FAKE(RegQueryValueExA)(key, "EDID", nullptr, nullptr, edid.data(), &size);
+    edids.push_back(edid);
+    FAKE(RegCloseKey)(key);
+  }
+  return edids;
+}
+
+TEST(SetupApi, IdenticalMonitorsHaveAKeyEach) {
+  Machine machine("win7 intel: internal 1366x768 active, crt 1920x1080, hdmi 1920x1080");
+  const std::vector<uint8_t> twin = MakeEdid("Twin", {1920, 1080, 32, 60});
+  machine.model().connectors[1].monitor->edid = twin;
+  machine.model().connectors[2].monitor->edid = twin;
+  EXPECT_EQ(PresentEdids(), (std::vector<std::vector<uint8_t>>{
+                                MakeEdid("Panel", {1366, 768, 32, 60}), twin, twin}));
+  EXPECT_EQ(machine.Outstanding(), "");
+}
+
+TEST(SetupApi, DamagedEdidsAreGivenAsTheyAre) {
+  Machine machine("win7 intel: internal 1366x768 active, crt 1920x1080, hdmi 1920x1080");
+  const std::vector<uint8_t> cut(127, 0x5A);
+  const std::vector<uint8_t> long_one(129, 0xA5);
+  machine.model().connectors[0].monitor->edid = cut;
+  machine.model().connectors[1].monitor->edid.clear();
+  machine.model().connectors[2].monitor->edid = long_one;
+  EXPECT_EQ(PresentEdids(), (std::vector<std::vector<uint8_t>>{cut, {}, long_one}));
+}
+
 TEST(SetupApi, MonitorWithoutEdidHasAKeyWithoutValue) {
   Machine machine("win7 intel: internal 1366x768 active");
   machine.model().connectors[0].monitor->edid.clear();

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "sim/ShortForm.h"
+#include "sim/TempFolder.h"
 #include "sim/tests/FaceCalls.h"
 #include "sim/tests/Fakes.h"
 
@@ -113,6 +114,23 @@ TEST(System, TempFolderEndsWithABackslash) {
   EXPECT_EQ(path, Narrow(machine.TempFolder()) + "\\");
   EXPECT_EQ(length, std::string(path).size());
   EXPECT_EQ(FAKE(GetTempPathA)(3, path), length + 1);
+}
+
+TEST(System, KeptTempFolderOutlivesTheMachine) {
+  std::wstring folder;
+  {
+    Machine machine(kMachine);
+    folder = machine.HostFolder().substr(0, machine.HostFolder().rfind(L'\\'));
+    folder = folder.substr(0, folder.rfind(L'\\')) + L"\\ostrel-kept";
+    KeepTempFolder(machine, folder + L"\\");
+    char path[MAX_PATH] = {};
+    FAKE(GetTempPathA)(MAX_PATH, path);
+    EXPECT_EQ(path, Narrow(folder) + "\\");
+    EXPECT_THROW(KeepTempFolder(machine, folder + L"\\no\\such"), std::runtime_error);
+    EXPECT_EQ(machine.TempFolder(), folder);
+  }
+  EXPECT_NE(GetFileAttributesW(folder.c_str()), INVALID_FILE_ATTRIBUTES);
+  EXPECT_TRUE(RemoveDirectoryW(folder.c_str()));
 }
 
 TEST(System, AppDataFolderAndItsFault) {

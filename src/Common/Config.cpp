@@ -86,14 +86,15 @@ uint32_t ReadCached(CachedKeyRow row) {
   return value;
 }
 
+constexpr wchar_t kConfigFile[] = L"\\Ostrel.cfg";
+
 std::wstring BuildConfigPath() {
   std::wstring folder;
   GetHostFolder(&folder);
-  return folder + L"\\Ostrel.cfg";
+  return folder + kConfigFile;
 }
 
-std::string BuildConfigPathNarrow() {
-  const std::wstring& wide = GetConfigPath();
+std::string NarrowPath(const std::wstring& wide) {
   const int wide_length = static_cast<int>(wide.size());
   const int length = WideCharToMultiByte(CP_THREAD_ACP, 0, wide.c_str(), wide_length, nullptr, 0,
                                          nullptr, nullptr);
@@ -101,6 +102,14 @@ std::string BuildConfigPathNarrow() {
   WideCharToMultiByte(CP_THREAD_ACP, 0, wide.c_str(), wide_length, narrow.data(), length, nullptr,
                       nullptr);
   return narrow;
+}
+
+std::string ReadText(const std::string& path, const char* section, const char* key,
+                     const char* default_value, uint32_t room) {
+  std::string text(room, '\0');
+  text.resize(
+      GetPrivateProfileStringA(section, key, default_value, text.data(), room, path.c_str()));
+  return text;
 }
 
 }  // namespace
@@ -112,13 +121,17 @@ const std::wstring& GetConfigPath() {
 }
 
 const std::string& GetConfigPathNarrow() {
-  static const std::string path = BuildConfigPathNarrow();
+  static const std::string path = NarrowPath(GetConfigPath());
   return path;
 }
 
 uint32_t ReadConfigInt(const wchar_t* section, const wchar_t* key, uint32_t default_value) {
   return GetPrivateProfileIntW(section, key, static_cast<INT>(default_value),
                                GetConfigPath().c_str());
+}
+
+std::string ReadConfigText(const char* section, const char* key, uint32_t room) {
+  return ReadText(GetConfigPathNarrow(), section, key, "", room);
 }
 
 uint32_t AdjustCorrectResolutionAtStartOnXP() {
@@ -155,3 +168,11 @@ uint32_t AlwaysAssumeMonitorHasProblem() { return ReadCached(kAlwaysAssumeMonito
 
 // Deliberate: read at each use, unlike its neighbours.
 uint32_t RetryDelayTime() { return ReadConfigInt(L"Settings", L"Retry Delay Time", 3000); }
+
+// Deliberate: its file is looked for at each read, in the folder where the host's executable is
+// now known to be; it is the same file.
+std::string StupidProjectors() {
+  std::wstring folder;
+  if (!GetHostFolder(&folder)) return std::string();
+  return ReadText(NarrowPath(folder + kConfigFile), "Settings", "Stupid Projectors", nullptr, 1024);
+}

@@ -16,6 +16,11 @@ const std::string& GetConfigPathNarrow();
 /// Reads a number that is not cached. @return `default_value` for a missing file, section or key
 uint32_t ReadConfigInt(const wchar_t* section, const wchar_t* key, uint32_t default_value);
 
+/// Reads a text that is not cached.
+/// @param room  bytes, the end of the text included; a longer value is cut
+/// @return empty for a missing file, section or key
+std::string ReadConfigText(const char* section, const char* key, uint32_t room);
+
 // One accessor per cached key, named by it. Truth values count as on when they are not 0.
 uint32_t AdjustCorrectResolutionAtStartOnXP();
 uint32_t DisableWhenVideoPlayback();
@@ -43,3 +48,7 @@ uint32_t AlwaysAssumeMonitorHasProblem();
 
 /// Milliseconds; read from the file at each use.
 uint32_t RetryDelayTime();
+
+/// The names under "Stupid Projectors" as they stand in the file, cut behind 1023 bytes; read at
+/// each use.
+std::string StupidProjectors();

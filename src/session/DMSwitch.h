@@ -4,8 +4,9 @@
 // All operations, the dialog procedure and the timers run on the host thread that opened the
 // pop-up; there is no lock. The class is spread over several files by topic: DMSwitch.cpp (life,
 // opening, notifications), DMSwitchSelection.cpp (moves of the highlight), DMSwitchDialog.cpp (the
-// window), DMSwitchPicture.cpp (what it shows), DMSwitchItems.cpp (the list) and DMSwitchApply.cpp
-// (the switch itself).
+// window), DMSwitchPicture.cpp (what it shows), DMSwitchItems.cpp (the list),
+// DMSwitchPresentation.cpp (its presentation items, and projectors) and DMSwitchApply.cpp (the
+// switch itself).
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -27,7 +28,13 @@ class GdiImage;
 class IMMonitor;
 class IMonitorTestWorkaround;
 class RefreshRateWorkaround;
+struct PolicyAccess;
+struct ProjectorAccess;
 struct SessionAccess;
+
+namespace catalogue {
+struct PresentationConnector;
+}  // namespace catalogue
 
 class DMSwitch {
  public:
@@ -102,7 +109,10 @@ class DMSwitch {
   const DMItem* SelectedItem() const;
 
  private:
-  friend struct SessionAccess;  // the tests' white box
+  // The tests' white box.
+  friend struct SessionAccess;
+  friend struct PolicyAccess;
+  friend struct ProjectorAccess;
 
   // --- Opening and ending (DMSwitch.cpp).
   void AdjustResolutionForCurrentMode();
@@ -147,9 +157,13 @@ class DMSwitch {
   bool AddItem(DMItem item, const wchar_t* picture_file);
   std::wstring PicturePath(const wchar_t* file) const;
 
-  // --- Presentation items and projectors (catalogue/Projectors.cpp).
+  // --- Presentation items and projectors (DMSwitchPresentation.cpp).
   BOOL AddPresentationItems(uint32_t connected);
-  BOOL ApplyProblemProjectorMode(IMMonitor* object, const DMItem& item);
+  BOOL AddSmallPresentationItem(uint32_t connected, const catalogue::PresentationConnector& row);
+  BOOL AddPresentationItemIfAllowed(uint32_t connected, uint32_t mask, uint32_t icon,
+                                    uint32_t type);
+  BOOL AddPresentationItemOrClear(uint32_t mask, uint32_t icon, uint32_t type);
+  static BOOL ApplyProblemProjectorMode(IMMonitor* imm, const DMItem& item);
 
   // --- Remembered settings (catalogue/RememberedSettings.cpp) and resolutions
   // (catalogue/ResolutionPolicy.cpp).

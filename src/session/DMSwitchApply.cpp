@@ -54,20 +54,16 @@ BOOL DMSwitch::ApplySelection() {
   // Forcing holds for one switch.
   const bool save_old = !force_apply_;
   force_apply_ = false;
+  IMMonitor* const pobj = GetMultiMonitorObject();
+  DCHECK(pobj != NULL);
   const DMItem* const selected = SelectedItem();
-  if (selected == nullptr) {
+  if (pobj == nullptr || selected == nullptr) {
     EndSession();
     return 0;
   }
   SwitchPlan plan;
-  plan.item = *selected;
-  IMMonitor* const pobj = GetMultiMonitorObject();
-  DCHECK(pobj != NULL);
-  if (pobj == nullptr) {
-    EndSession();
-    return 0;
-  }
   plan.object = pobj;
+  plan.item = *selected;
   PlanSwitch(save_old, &plan);
   BOOL result = 1;
   bool reached = false;

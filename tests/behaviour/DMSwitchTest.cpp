@@ -21,19 +21,38 @@ TEST(DMSwitchInitial, AsksTheObjectNothing) {
   EXPECT_TRUE(bench.box().Exists());
 }
 
-TEST(DMSwitchInitial, InitialisesTheObjectASecondTimeOnXPWithTheStartKey) {
-  SessionBench bench("xp intel: internal 1366x768 active, crt 1024x768");
-  bench.machine.Config("Settings", "Adjust Correct Resolution At Start On XP", 1);
+class DMSwitchInitialAtStart : public testing::TestWithParam<const char*> {
+ protected:
+  DMSwitchInitialAtStart()
+      : bench(std::string(GetParam()) + " intel: internal 1366x768 active, crt 1024x768") {
+    bench.machine.Config("Settings", "Adjust Correct Resolution At Start On XP", 1);
+  }
+  SessionBench bench;
+};
+
+TEST_P(DMSwitchInitialAtStart, InitialisesTheObjectASecondTimeWithTheStartKey) {
+  bench.machine.Config("Single Internal", "Setting Type", 0);
   ASSERT_TRUE(bench.Start());
   EXPECT_EQ(bench.init_calls, "Initial\nInitial\nDetectDisplays\nGetCurrentDisplayMode\n");
 }
 
-TEST(DMSwitchInitial, DoesSoOnServer2003) {
-  SessionBench bench("2003 intel: internal 1366x768 active, crt 1024x768");
-  bench.machine.Config("Settings", "Adjust Correct Resolution At Start On XP", 1);
+TEST_P(DMSwitchInitialAtStart, PutsTheResolutionOfTheModeFoundRight) {
+  bench.machine.Config("Single Internal", "Setting Type", 1);
+  bench.machine.Config("Single Internal", "Width", 800);
+  bench.machine.Config("Single Internal", "Height", 600);
+  ASSERT_TRUE(bench.Start());
+  EXPECT_EQ(bench.machine.model().sources[0].mode.width, 800u);
+  EXPECT_EQ(bench.machine.model().sources[0].mode.height, 600u);
+}
+
+TEST_P(DMSwitchInitialAtStart, LeavesTheResolutionOfAModeThatIsNotKnown) {
+  bench.script->mode_result = 0;
   ASSERT_TRUE(bench.Start());
   EXPECT_EQ(bench.init_calls, "Initial\nInitial\nDetectDisplays\nGetCurrentDisplayMode\n");
+  EXPECT_EQ(bench.machine.model().sources[0].mode.width, 1366u);
 }
+
+INSTANTIATE_TEST_SUITE_P(DMSwitchInitial, DMSwitchInitialAtStart, testing::Values("xp", "2003"));
 
 TEST(DMSwitchInitial, DoesNotDoSoFromVistaOn) {
   SessionBench bench("vista intel: internal 1366x768 active, crt 1024x768");

@@ -221,10 +221,10 @@ TEST_F(Items, KeysAreRegisteredForEveryRowAlsoThoseWithoutAnItem) {
   ASSERT_EQ(keys.size(), 17u);  // 18 rows, two of them with the same mode and mask
   EXPECT_EQ(keys[1].mode, 2u);
   EXPECT_EQ(keys[1].displays, 3u);
-  EXPECT_EQ(keys[1].section, "2,3 | ");
+  EXPECT_EQ(keys[1].section, "2,3 | CRT Monitor,Panel");
   EXPECT_EQ(keys[16].mode, 4u);
   EXPECT_EQ(keys[16].displays, 0x41u);
-  EXPECT_EQ(keys[16].section, "4,65 | ");
+  EXPECT_EQ(keys[16].section, "4,65 | CRT Monitor,Panel");
   For(0x01, 1);
   EXPECT_EQ(bench.State().settings_keys.size(), 17u);
 }
@@ -235,8 +235,8 @@ TEST_F(Items, KeysOfTheTwoAdapterList) {
   For(0x23, 3);
   const std::vector<SettingsKey> keys = bench.State().settings_keys;
   ASSERT_EQ(keys.size(), 7u);
-  EXPECT_EQ(keys[1].section, "128,51 | ");
-  EXPECT_EQ(keys[5].section, "1,16 | ");
+  EXPECT_EQ(keys[1].section, "128,51 | CRT Monitor,Panel");
+  EXPECT_EQ(keys[5].section, "1,16 | CRT Monitor,Panel");
 }
 
 // --- Windows editions and keys that take items away.

@@ -104,8 +104,14 @@ void Desktop::SetUp() {
 }
 
 void Desktop::TearDown() {
-  if (library_ != nullptr) FreeLibrary(library_);
+  Unload();
   DeleteFileA(ConfigurationFile().c_str());
+}
+
+void Desktop::Unload() {
+  if (library_ != nullptr) FreeLibrary(library_);
+  library_ = nullptr;
+  white_box_ = nullptr;
 }
 
 void Desktop::Config(const char* section, const char* key, uint32_t value) {
@@ -126,6 +132,7 @@ void Desktop::Load() {
   bind(&DeInit, "Ostrel_DeInit");
   bind(&Run, "Ostrel_Run");
   bind(&RunEx, "Ostrel_RunEx");
+  bind(&FlushRememberedSettings, "Ostrel_FlushRememberedSettings");
   bind(&RegisterNotification, "Ostrel_RegisterNotification");
   bind(&InitExtendMode, "Ostrel_InitExtendMode");
   bind(&DeInitExtendMode, "Ostrel_DeInitExtendMode");

@@ -27,6 +27,8 @@ class Desktop : public testing::Test {
 
   /// Loads the white-box build, the same objects as the one that ships, with fresh state.
   void Load();
+  /// The end of a host's process, as far as the library can see one.
+  void Unload();
   const CoreBox& core() const { return *white_box_->core; }
   const FactoryBox& factory() const { return *white_box_->factory; }
 
@@ -34,6 +36,7 @@ class Desktop : public testing::Test {
   Ostrel_DeInitProc DeInit = nullptr;
   Ostrel_RunProc Run = nullptr;
   Ostrel_RunExProc RunEx = nullptr;
+  Ostrel_FlushRememberedSettingsProc FlushRememberedSettings = nullptr;
   Ostrel_RegisterNotificationProc RegisterNotification = nullptr;
   Ostrel_InitExtendModeProc InitExtendMode = nullptr;
   Ostrel_DeInitExtendModeProc DeInitExtendMode = nullptr;

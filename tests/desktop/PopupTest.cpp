@@ -99,8 +99,6 @@ class DesktopPopup : public Desktop {
     Pump(300);
     ASSERT_EQ(PixelsOverDesktop(TakeScreenshot()), 0u);
     Config("Settings", "Prefer Windows 7 CCD API", 1);
-    Config("PM:800x600", "Support This Mode", 0);
-    Config("PM:1024x768", "Support This Mode", 0);
     Load();
   }
   void TearDown() override {
@@ -115,6 +113,17 @@ class DesktopPopup : public Desktop {
   void Start() {
     ASSERT_TRUE(Init());
     ASSERT_TRUE(RegisterNotification(host_, kMessage));
+  }
+
+  /// A panel and one more display in clone, told by an object in the place of a vendor's.
+  std::shared_ptr<FakeScript> InstallClone(uint32_t external) {
+    auto script = std::make_shared<FakeScript>();
+    script->connected = script->active = IMMonitor::MD_NB | external;
+    script->connected_count = script->active_count = 2;
+    script->mode = IMMonitor::DM_CLONE;
+    script->vendor = kVendorUnknown;
+    factory().InstallMonitor(new FakeMonitor(script), static_cast<uint16_t>(kVendorWin7CCD));
+    return script;
   }
 
   /// Gives the screen two seconds to show the pop-up, which touches it up to keep it open.
@@ -168,15 +177,19 @@ TEST_F(DesktopPopup, OneRealDisplayIsOneHighlightedPicture) {
   EXPECT_EQ(OutputsThatAreOn(), kBothOn);
 }
 
-// A panel and a DVI display, told by an object in the place of a vendor's. Four items, no
-// presentation modes among them.
+// With no word in the configuration the larger presentation is offered and the smaller is not.
+TEST_F(DesktopPopup, PresentationIsAmongThePictures) {
+  InstallClone(IMMonitor::MD_CRT);
+  Start();
+  const HWND popup = RunEx();
+  ASSERT_NE(popup, nullptr);
+  ExpectOnScreen(popup, {{"NB.png", "NB-CRT.png", "CRT.png", "p1024x768.png", "Extend.png"}, 1});
+  ExpectGoneFromScreen(popup);
+}
+
 TEST_F(DesktopPopup, SecondPressMovesTheFrame) {
-  auto script = std::make_shared<FakeScript>();
-  script->connected = script->active = IMMonitor::MD_NB | IMMonitor::MD_DVI;
-  script->connected_count = script->active_count = 2;
-  script->mode = IMMonitor::DM_CLONE;
-  script->vendor = kVendorUnknown;
-  factory().InstallMonitor(new FakeMonitor(script), static_cast<uint16_t>(kVendorWin7CCD));
+  Config("PM:1024x768", "Support This Mode", 0);
+  auto script = InstallClone(IMMonitor::MD_DVI);
   Start();
   const HWND popup = RunEx();
   ASSERT_NE(popup, nullptr);

@@ -6,13 +6,21 @@
 #include "tests/whitebox/CoreBox.h"
 #include "tests/whitebox/FactoryBox.h"
 #include "tests/whitebox/FoundationBox.h"
+#include "tests/whitebox/IdentityBox.h"
+#include "tests/whitebox/PolicyBox.h"
+#include "tests/whitebox/ProjectorBox.h"
 #include "tests/whitebox/SessionBox.h"
+#include "tests/whitebox/WorkaroundBox.h"
 
 struct WhiteBox {
   const FoundationBox* foundation;
   const CoreBox* core;
   const FactoryBox* factory;
   const SessionBox* session;
+  const IdentityBox* identity;
+  const PolicyBox* policy;
+  const ProjectorBox* projectors;
+  const WorkaroundBox* workarounds;
 };
 
 /// The white-box build's one export more, "Ostrel_WhiteBox".

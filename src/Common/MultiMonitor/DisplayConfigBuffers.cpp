@@ -1,5 +1,7 @@
 #include "Common/MultiMonitor/DisplayConfigBuffers.h"
 
+#include "Common/Logging.h"
+
 #include <algorithm>
 #include <new>
 
@@ -44,4 +46,19 @@ bool DisplayConfigBuffers::Read(const Win7CCDApi& ccd, UINT32 flags,
 LONG DisplayConfigBuffers::Set(const Win7CCDApi& ccd, UINT32 flags) {
   if (ccd.SetDisplayConfig == nullptr) return ERROR_NOT_SUPPORTED;
   return ccd.SetDisplayConfig(path_count_, paths_.get(), mode_count_, modes_.get(), flags);
+}
+
+bool DisplayConfigBuffers::ValidateAndSet(const Win7CCDApi& ccd) {
+  const LONG validated = Set(ccd, SDC_VALIDATE | SDC_USE_SUPPLIED_DISPLAY_CONFIG);
+  if (validated != ERROR_SUCCESS) {
+    LOG(ERROR) << "Calling SetDisplayConfig 1st attempt failed: r = " << validated;
+  }
+  // Deliberate: a failed validation does not stop the change, it only lets Windows adapt it.
+  UINT32 flags = SDC_APPLY | SDC_USE_SUPPLIED_DISPLAY_CONFIG | SDC_SAVE_TO_DATABASE;
+  if (validated != ERROR_SUCCESS) flags |= SDC_ALLOW_CHANGES;
+  const LONG applied = Set(ccd, flags);
+  if (applied != ERROR_SUCCESS) {
+    LOG(ERROR) << "Calling SetDisplayConfig 2nd attempt failed: r = " << applied;
+  }
+  return applied == ERROR_SUCCESS;
 }

@@ -42,6 +42,10 @@ class DisplayConfigBuffers {
   /// Gives all records to SetDisplayConfig. @return Windows' answer
   LONG Set(const Win7CCDApi& ccd, UINT32 flags);
 
+  /// Has the records validated as a configuration and then sets and saves them.
+  /// @return false when they were not set; each refusal is logged
+  bool ValidateAndSet(const Win7CCDApi& ccd);
+
   Records<DISPLAYCONFIG_PATH_INFO> Paths() const { return {paths_.get(), path_count_}; }
   Records<DISPLAYCONFIG_MODE_INFO> Modes() const { return {modes_.get(), mode_count_}; }
 

@@ -78,18 +78,7 @@ bool Win7CCDDisplaySettings::ApplyDisplaySettings(const DEVMODEA& dm) {
     if (mode.infoType == DISPLAYCONFIG_MODE_INFO_TYPE_SOURCE) ChangeSource(dm, &mode.sourceMode);
   }
 
-  const LONG validated = buffers.Set(m_ccd, SDC_VALIDATE | SDC_USE_SUPPLIED_DISPLAY_CONFIG);
-  if (validated != ERROR_SUCCESS) {
-    LOG(ERROR) << "Calling SetDisplayConfig 1st attempt failed: r = " << validated;
-  }
-  // Deliberate: a failed validation does not stop the change, it only lets Windows adapt it.
-  UINT32 flags = SDC_APPLY | SDC_USE_SUPPLIED_DISPLAY_CONFIG | SDC_SAVE_TO_DATABASE;
-  if (validated != ERROR_SUCCESS) flags |= SDC_ALLOW_CHANGES;
-  const LONG applied = buffers.Set(m_ccd, flags);
-  if (applied != ERROR_SUCCESS) {
-    LOG(ERROR) << "Calling SetDisplayConfig 2nd attempt failed: r = " << applied;
-  }
-  return applied == ERROR_SUCCESS;
+  return buffers.ValidateAndSet(m_ccd);
 }
 
 BOOL ReadDisplaySettings(DWORD mode_number, const char* device, DEVMODEA* dm) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Common/MultiMonitor/CreateIMMonitorForActiveVendor.h"
+#include "Common/MultiMonitor/GetDisplayExtension.h"
 #include "Common/MultiMonitor/IDisplayExtension.h"
 #include "Common/MultiMonitor/IMMonitor.h"
 #include "Common/MultiMonitor/IPhysicalMonitor.h"
@@ -20,10 +21,6 @@ IMMonitor* GetMultiMonitorObject();
 /// Replaces the active object when the active adapter's vendor has changed. The new object is not
 /// initialised.
 void OnActiveDisplayAdapterVendorChanged();
-
-/// The active object's IDisplayExtension, or a new NullDisplayExtension with count 0. Never null;
-/// not AddRef'ed.
-IDisplayExtension* GetDisplayExtension();
 
 /// A new object of the vendor seen as IDisplayExtension, AddRef'ed once; null for other vendors and
 /// on any exception.

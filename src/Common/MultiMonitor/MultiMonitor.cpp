@@ -1,8 +1,10 @@
 #include "Common/MultiMonitor/MultiMonitor.h"
 
+#include "Common/CountedReference.h"
 #include "Common/Logging.h"
 #include "Common/MultiMonitor/CreateWin7CCDObject.h"
 #include "Common/MultiMonitor/DisplayDevices.h"
+#include "Common/MultiMonitor/Edid.h"
 #include "Common/MultiMonitor/Win7CCD.h"
 #include "Common/win_util.h"
 
@@ -17,16 +19,23 @@ void WalkModes(const char* device) {
   }
 }
 
-// A monitor's interface for as long as it is in scope. Giving it back ends the object.
-class PhysicalMonitorReference {
+/// An object's answer to GetMonitorEDID: gives it back at its end.
+class MonitorEdid {
  public:
-  explicit PhysicalMonitorReference(IPhysicalMonitor* pm) : pm_(pm) { pm_->AddRef(); }
-  ~PhysicalMonitorReference() { pm_->Release(); }
-  PhysicalMonitorReference(const PhysicalMonitorReference&) = delete;
-  PhysicalMonitorReference& operator=(const PhysicalMonitorReference&) = delete;
+  explicit MonitorEdid(MultiMonitor* owner) : owner_(owner) {}
+  ~MonitorEdid() {
+    if (read_) owner_->FreeMonitorEDID(&blob_);
+  }
+  MonitorEdid(const MonitorEdid&) = delete;
+  MonitorEdid& operator=(const MonitorEdid&) = delete;
+
+  bool Read(uint32_t display) { return read_ = owner_->GetMonitorEDID(display, &blob_); }
+  const EdidBlob& blob() const { return blob_; }
 
  private:
-  IPhysicalMonitor* const pm_;
+  MultiMonitor* const owner_;
+  EdidBlob blob_;
+  bool read_ = false;
 };
 
 }  // namespace
@@ -70,7 +79,7 @@ bool MultiMonitor::GetDisplaySettings(uint32_t imm_display, DEVMODEA* dm) {
 
   Win7CCD* const ccd = CreateWin7CCDObject();
   if (ccd == nullptr) return false;
-  const PhysicalMonitorReference reference(ccd);
+  const CountedReference<IPhysicalMonitor> reference(ccd);  // giving it back ends the object
   try {
     return ccd->Initial() != 0 && ccd->GetDisplaySettings(imm_display, dm);
   } catch (...) {
@@ -83,12 +92,19 @@ bool MultiMonitor::GetMonitorEDID(uint32_t /*display*/, EdidBlob* /*edid*/) { re
 
 void MultiMonitor::FreeMonitorEDID(EdidBlob* /*edid*/) {}
 
-BOOL MultiMonitor::GetMonitorName(uint32_t display, std::string* /*name*/) {
-  EdidBlob edid;
-  if (!GetMonitorEDID(display, &edid)) return FALSE;
-  // Nothing reads a name out of the block yet: it is given back unread.
-  FreeMonitorEDID(&edid);
-  return FALSE;
+BOOL MultiMonitor::GetMonitorName(uint32_t display, std::string* name) {
+  MonitorEdid read(this);
+  if (!read.Read(display)) return FALSE;
+  const EdidBlob& blob = read.blob();
+  if (blob.cb == 0 || blob.pv == nullptr) return FALSE;
+  EDID edid;
+  try {
+    if (edid.Load(blob.pv, blob.cb) == 0) return FALSE;
+  } catch (const std::runtime_error&) {
+    *name = kUnknownMonitorName;
+    return TRUE;
+  }
+  return edid.FindName(name) && !name->empty() ? TRUE : FALSE;
 }
 
 void MultiMonitor::CountDisplayDevices() {

@@ -46,7 +46,8 @@ class MultiMonitor : public IMMonitor {
 
   /// Reads the monitor's name out of its EDID.
   /// @param display  exactly one MD_* bit
-  /// @return 0 when there is no name; `name` is then unchanged
+  /// @param name     out; "Unknown Mnt" when the EDID is damaged; unchanged when there is no name
+  /// @return 0 when there is no name, or it is empty
   virtual BOOL GetMonitorName(uint32_t display, std::string* name);
 
   /// Adds the display devices that Windows lists now, mirroring drivers left out, to the object's

@@ -1,5 +1,7 @@
 #include "Common/MultiMonitor/VendorBackends.h"
 
+#include "Common/MultiMonitor/PhysicalMonitorByDisplayLibrary.h"
+
 #include <memory>
 
 // No Intel back-end yet: a machine that needs it has none.
@@ -37,5 +39,6 @@ Win7CCD* NewDisplayLinkWorkaroundImpl() { return nullptr; }
 void ConnectDisplayLinkHost() {}
 void DisconnectDisplayLinkHost() {}
 
-// No EDID reader yet: where it would answer, the native size is not known.
-IPhysicalMonitor* NewPhysicalMonitorByDisplayLibrary() { return nullptr; }
+IPhysicalMonitor* NewPhysicalMonitorByDisplayLibrary() {
+  return new PhysicalMonitorByDisplayLibrary();
+}

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "Common/CountedReference.h"
 #include "Common/Logging.h"
 #include "Common/MultiMonitor/IDisplayExtension.h"
 #include "Common/MultiMonitor/IMMonitor.h"
@@ -22,22 +23,6 @@ int32_t g_tripleDisplay = kTripleUnknown;
 uint8_t g_nvidiaDiscreteOnly = kNotAsked;
 uint8_t g_cloneOnDiscreteOutputs = kNotAsked;
 
-/// Holds a reference while it lives.
-class ExtensionReference {
- public:
-  explicit ExtensionReference(IDisplayExtension* extension) : extension_(extension) {
-    if (extension_ != nullptr) extension_->AddRef();
-  }
-  ~ExtensionReference() {
-    if (extension_ != nullptr) extension_->Release();
-  }
-  ExtensionReference(const ExtensionReference&) = delete;
-  ExtensionReference& operator=(const ExtensionReference&) = delete;
-
- private:
-  IDisplayExtension* extension_;
-};
-
 bool IntelSupportsTripleDisplay(IMMonitor* object) {
   bool supported = false;
   if (GetCPUBrand() == kIntelCPU && GetIntelCPUGeneration() >= kFirstTripleGeneration) {
@@ -54,12 +39,10 @@ bool AmdSupportsTripleDisplay(IMMonitor* object) {
 }
 
 bool ProbeNvidiaDiscreteOnly() {
-  IDisplayExtension* const extension = GetDisplayExtension();
-  if (extension == nullptr) return false;
-  const ExtensionReference reference(extension);
-  if (!extension->InitialExtension()) return false;
+  const CountedReference<IDisplayExtension> extension(GetDisplayExtension());
+  if (!extension || !extension->InitialExtension()) return false;
   if (extension->GetExtensionVendor() != kVendorNvidia) return false;
-  auto* const nvidia = dynamic_cast<IDisplayExtensionNvidia*>(extension);
+  auto* const nvidia = dynamic_cast<IDisplayExtensionNvidia*>(extension.get());
   return nvidia != nullptr && nvidia->IsDiscreteOnly();
 }
 

@@ -7,6 +7,14 @@
 #include <string>
 #include <vector>
 
+#include "Common/MultiMonitor/DisplayNumbers.h"
+
+/// The external displays whose settings in an extended desktop are remembered, in the order in
+/// which they are written and looked for.
+// Deliberate: television and the wireless display have no keys, so that theirs are not remembered.
+constexpr uint32_t kRememberedExternals[] = {DisplayNumbers::MD_CRT, DisplayNumbers::MD_DVI,
+                                             DisplayNumbers::MD_HDMI, DisplayNumbers::MD_DP};
+
 /// Names one section of Ostrel.ini. `section` is fully determined by the other three.
 struct SettingsKey {
   uint32_t mode = 0;
@@ -15,7 +23,8 @@ struct SettingsKey {
   std::string signature;  // the monitors present, see GetMonitorSignature
 };
 
-/// Builds the path of Ostrel.ini, in the user's temporary folder, unless it is known already.
+/// Builds the path of Ostrel.ini, in the user's temporary folder, unless it is known already. It
+/// stays empty while Windows names no such folder; nothing is then read or written.
 void EnsureSettingsPath();
 
 /// The path of Ostrel.ini; empty before EnsureSettingsPath.
@@ -35,6 +44,28 @@ SettingsKey MakeSettingsKeyForDisplays(uint32_t mode, uint32_t displays);
 /// The first key whose mode, displays and signature are all equal; null when there is none.
 const SettingsKey* FindSettingsKey(const std::vector<SettingsKey>& keys, uint32_t mode,
                                    uint32_t displays, const std::string& signature);
+
+/// What a section remembers for one display: pixels, bits per pixel, Hz, quarter turns.
+struct RememberedDisplay {
+  uint32_t width = 0;
+  uint32_t height = 0;
+  uint32_t bits = 32;
+  uint32_t frequency = 60;
+  uint32_t orientation = 0;
+};
+
+/// Reads what `section` remembers for a display.
+/// @param display  the MD_* bit whose suffix the keys carry, of kRememberedExternals; anything else
+///                 means the plain keys, those of the panel or of the whole desktop
+/// @param out      whatever stands there: missing keys give 0 by 0, 32 bits, 60 Hz, no turn
+/// @return false when nothing is remembered: width or height is 0
+bool ReadRememberedDisplay(const std::string& section, uint32_t display, RememberedDisplay* out);
+
+/// Reads the size only, as ReadRememberedDisplay does.
+/// @param width   out, pixels
+/// @param height  out, pixels; when it is null neither is written
+void ReadDisplayResolution(const SettingsKey& key, uint32_t* width, uint32_t* height,
+                           uint32_t display);
 
 /// Records what was applied last, in the section "Active Display Mode". The path must be known.
 void WriteActiveDisplayMode(uint32_t mode, uint32_t displays, uint32_t presentation_type);

@@ -1,8 +1,13 @@
 #include "session/catalogue/SwitchPreconditions.h"
 
 #include <cstdint>
+#include <set>
+#include <string>
 
+#include "Common/MultiMonitor/MonitorIdentity.h"
 #include "Common/Win.h"
+#include "Common/win_util.h"
+#include "session/catalogue/PruningMode.h"
 
 namespace {
 
@@ -37,9 +42,9 @@ bool IsStarterEdition() {
   return g_productType == kStarter;
 }
 
-// No player is recognised yet: nothing is ever taken for a video being shown.
-bool IsWindowsMediaPlayerPlaying() { return false; }
-bool IsPowerDVDPlaying() { return false; }
-
-// No television is recognised yet.
-void ApplyTV4810Workaround() {}
+void ApplyTV4810Workaround() {
+  if (!win_util::IsXPOrServer2003()) return;
+  std::set<std::string> names;
+  ListMonitorNamesFromRegistry(&names);
+  if (CountMonitorsNamed(names) >= 1) ClearPruningMode();
+}
