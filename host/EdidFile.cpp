@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kStandardInput[] = "-";
 // 256 blocks as generous hexadecimal text are a quarter of it.
-constexpr size_t kLargest = 1024 * 1024;
+constexpr size_t kLargest = size_t{1024} * 1024;
 
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }

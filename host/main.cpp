@@ -152,12 +152,14 @@ int Execute(const Options& options, const Command& command) {
 /// As UTF-8, program name included: the narrow ones lack what the code page lacks.
 std::vector<std::string> NarrowArguments(int count, wchar_t** arguments) {
   std::vector<std::string> narrow;
+  narrow.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) narrow.push_back(NarrowFromWide(arguments[i]));
   return narrow;
 }
 
 void Parse(CLI::App& app, const std::vector<std::string>& arguments) {
   std::vector<const char*> pointers;
+  pointers.reserve(arguments.size());
   for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
   app.parse(static_cast<int>(pointers.size()), pointers.data());
 }

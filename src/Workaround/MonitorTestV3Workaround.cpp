@@ -55,6 +55,7 @@ bool MonitorTestV3Workaround::IsToolInstalled() {
 
 BOOL MonitorTestV3Workaround::ChangeResolutionBeforeSwitch(IMMonitor* monitor) {
   DEVMODEA dm;
+  // A size that cannot be read leaves nothing known to flip from.
   if (ReadDisplaySettings(ENUM_CURRENT_SETTINGS, nullptr, &dm) == 0) return 0;
   // Deliberate: only the width is looked at, and every width but 800 goes to the small size, 1024
   // as well.
@@ -65,7 +66,9 @@ BOOL MonitorTestV3Workaround::ChangeResolutionBeforeSwitch(IMMonitor* monitor) {
 }
 
 std::string MonitorTestV3Workaround::GetExecutablePath() {
-  return GetInstallFolder() + kExecutable;
+  const std::string folder = GetInstallFolder();
+  // The name alone would be looked for in the root of the current drive.
+  return folder.empty() ? "" : folder + kExecutable;
 }
 
 BOOL MonitorTestV3Workaround::HasUninstallKey() {

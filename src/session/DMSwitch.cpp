@@ -81,6 +81,8 @@ void DMSwitch::AdjustResolutionForCurrentMode() {
 
 bool DMSwitch::MayOpen(IMMonitor* object) const {
   if (object == nullptr || dialog_ != nullptr) return false;
+  // Deliberate: where the key forbids it, a press in extended desktop does nothing at all, without
+  // a notification.
   return DisableInExtendMode() == 0 || object->IsExtendModeEnabled() == 0;
 }
 

@@ -49,7 +49,9 @@ BOOL DMSwitch::ApplySelection() {
   // The normal end of a pop-up in which nothing was moved.
   // Deliberate: list and pictures stay until the next opening.
   if (!force_apply_ && !SelectionChanged()) return 0;
-  // Deliberate: a refusal keeps the selection, so that a later stop tries the same switch again.
+  // Deliberate: asked when the pop-up closes, not when it opens: the user sees it, picks an item
+  // and nothing happens. A refusal keeps the selection, so that a later stop tries the same switch
+  // again.
   if (IsVideoPlaying()) return 0;
   // Forcing holds for one switch.
   const bool save_old = !force_apply_;

@@ -69,6 +69,7 @@ BOOL DMSwitch::PrepareDMItems(uint32_t connected, uint32_t count) {
     AddPresentationItems(connected);
   }
   if (IsStarterEdition()) return 1;
+  // Deliberate: the key that refuses presses in extended desktop takes its items away, too.
   if (count > 1 && DisableInExtendMode() == 0 && !AddExtendItems(connected, count)) {
     m_items.clear();
     return 0;

@@ -3,10 +3,10 @@
 
 #include "Common/Config.h"
 #include "Common/Logging.h"
+#include "Common/MultiMonitor/DriverEdid.h"
 #include "Common/MultiMonitor/IDisplayExtension.h"
 #include "Common/MultiMonitor/IMMonitor.h"
 #include "Common/MultiMonitor/IMMonitorEx.h"
-#include "session/catalogue/DriverEdid.h"
 #include "session/catalogue/ItemRules.h"
 #include "session/catalogue/MachineFacts.h"
 #include "session/catalogue/PresentationRules.h"
@@ -49,6 +49,7 @@ void ReadPanelTiming(IDisplayExtension* extension, DEVMODEW* dm) {
 void ReadPresentationSettings(uint32_t type, DEVMODEW* dm) {
   dm->dmFields = kCurrentFields;
   EnumDisplaySettingsW(nullptr, ENUM_CURRENT_SETTINGS, dm);
+  dm->dmSize = sizeof(*dm);  // Windows leaves behind how far it wrote
   ReadPresentationSize(type, &dm->dmPelsWidth, &dm->dmPelsHeight);
 }
 
@@ -113,8 +114,10 @@ BOOL DMSwitch::AddSmallPresentationItem(uint32_t connected,
 BOOL DMSwitch::AddPresentationItemIfAllowed(uint32_t connected, uint32_t mask, uint32_t icon,
                                             uint32_t type) {
   if (!catalogue::IsConnected(mask, connected)) return 1;
-  const bool digital = catalogue::IsDigitalClone(IMMonitor::DM_CLONE, mask);
-  if (digital && (mask & IMMonitor::MD_CRT) == 0 && IsCloneWithPanelImpossible()) return 1;
+  if (IsNvidiaDiscreteOnly() && catalogue::IsDigitalClone(IMMonitor::DM_CLONE, mask) &&
+      (mask & IMMonitor::MD_CRT) == 0 && !CanCloneOnDiscreteOutputs()) {
+    return 1;
+  }
   return AddPresentationItemOrClear(mask, icon, type);
 }
 

@@ -231,10 +231,11 @@ TEST_F(RRWorker, OneCheckRunsAtATime) {
 
 TEST_F(RRWorker, RunsOnAThreadOfItsOwnAndEndsWithHandleAndIdCleared) {
   DWORD asked_on = 0;
-  script->on_call = [&](const std::string&) { asked_on = GetCurrentThreadId(); };
-  Fire();
-  if (thread != nullptr) Finish();  // it may be over already
-  while (State().worker_thread != nullptr) SwitchToThread();
+  script->on_call = [&](const std::string&) {
+    asked_on = GetCurrentThreadId();
+    WaitForSingleObject(go, INFINITE);
+  };
+  FireAndFinish();
   EXPECT_NE(asked_on, 0u);
   EXPECT_NE(asked_on, GetCurrentThreadId());
   EXPECT_EQ(State().worker_thread, nullptr);
@@ -302,17 +303,18 @@ TEST_F(RRWindow, AdjustsOnlyHdmiAmongSeveralDisplays) {
 }
 
 TEST(RRWindowWithoutObject, CreatesAndChecksWithoutAsking) {
-  CoreHost host(kPanelAndHdmi);
+  CoreHost host(kPanelAndHdmi, L"--v=1");
   const std::unique_ptr<IntelRRWorkaroundWindow> window(BoxOf(host).NewWindow(nullptr));
   ASSERT_TRUE(window->Create(L"", WS_POPUP, 0, 0, 0, 10, 10, nullptr));
+  BoxOf(host).CheckDisplays(window.get());
   EXPECT_EQ(BoxOf(host).StateOf(window.get()).known_displays, 0u);
+  EXPECT_EQ(CountOf(host.TakeLog(), "ApplyWorkaround()"), 0u);
 }
 
 // --- The order of the virtual operations is part of the contract: the destructor's two places and
 // the five of every window, then those of this one.
 
-TEST_F(RRWindow, OperationsStandInTheirOrder) {
-  ASSERT_TRUE(Create());
+TEST_F(RRWorker, OperationsStandInTheirOrder) {
   using Operation = LRESULT (*)(IntelRRWorkaroundWindow*, UINT_PTR);
   const auto call = [&](size_t slot, UINT_PTR argument) {
     return (*reinterpret_cast<Operation* const*>(window.get()))[slot](window.get(), argument);
@@ -323,10 +325,10 @@ TEST_F(RRWindow, OperationsStandInTheirOrder) {
   EXPECT_EQ(Period(), 5000u);
   EXPECT_EQ(call(9, 11), 0);
   EXPECT_EQ(Period(), 5000u);
-  script->connected_result = 0;
   call(9, 10);
+  thread = OpenThread(SYNCHRONIZE, FALSE, State().worker_thread_id);
   EXPECT_EQ(Period(), 0u);
-  while (State().worker_thread != nullptr) SwitchToThread();
+  Finish();
 }
 
 }  // namespace

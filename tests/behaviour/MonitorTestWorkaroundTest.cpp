@@ -136,6 +136,12 @@ TEST_F(MonitorTest, FolderThatCannotBeToldIsEmpty) {
   EXPECT_EQ(V3()->GetInstallFolder(), "");
 }
 
+TEST_F(MonitorTest, WithoutTheFolderNoFileIsLookedForAtTheRootOfTheDrive) {
+  host.machine.SetEnvironment("ProgramFiles(x86)", std::string(260, 'x'));
+  EXPECT_EQ(V3()->GetExecutablePath(), "");
+  EXPECT_FALSE(V3()->IsToolInstalled());
+}
+
 // --- The factory.
 
 TEST_F(MonitorTest, FactoryGivesTheWorkingOneWhereTheToolIs) {

@@ -144,12 +144,72 @@ TEST_F(Presentation, IsNotOfferedInListsOfTwoAdapters) {
   EXPECT_NE(For(0x03, 2), "");
 }
 
-TEST_F(Presentation, GoesInFrontOfTheExtendedItemOfStarterToo) {
+TEST_F(Presentation, IsOfferedOnStarterToo) {
   SessionBench starter("win7starter intel: internal 1366x768 active, crt 1024x768");
   starter.machine.Config("PM:1024x768", "Support This Mode", 1);
   ASSERT_TRUE(starter.Start());
   ASSERT_TRUE(starter.box().PrepareDMItems(0x03, 2));
   EXPECT_EQ(starter.Items(), "1 0x1 icon 0\n2 0x3 icon 5\n1 0x2 icon 1\n2 0x3 icon 11 type 64\n");
+}
+
+// --- Memory that runs out.
+
+class PresentationShortOfMemory : public Presentation {
+ protected:
+  void SetUp() override {
+    OfferBoth();
+    ASSERT_TRUE(bench.Start());
+    ASSERT_TRUE(bench.box().PrepareDMItems(0x03, 2));  // what is asked for once is known then
+    whole = bench.Items();
+  }
+  /// What an operation gives while the `nth` piece of memory is refused: its result, "thrown", or
+  /// "enough" when it takes fewer pieces than that.
+  template <typename Operation>
+  std::string Refusing(uint32_t nth, Operation operation) {
+    projectors().RefuseMemory(nth);
+    std::string result;
+    try {
+      result = std::to_string(operation());
+    } catch (...) {
+      result = "thrown";
+    }
+    return projectors().RefuseMemory(0) ? "enough" : result;
+  }
+  std::string whole;
+};
+
+TEST_F(PresentationShortOfMemory, FailsAndClearsTheList) {
+  size_t failures = 0;
+  for (uint32_t nth = 1;; ++nth) {
+    ASSERT_TRUE(bench.box().PrepareDMItems(0x01, 1));
+    const std::string result =
+        Refusing(nth, [this] { return projectors().AddPresentationItems(0x03); });
+    if (result == "enough") break;
+    if (result != "0") continue;  // the configuration was to be read
+    ++failures;
+    EXPECT_EQ(bench.Items(), "") << nth;
+  }
+  EXPECT_GE(failures, 2u);  // either item
+}
+
+TEST_F(PresentationShortOfMemory, LeavesAListOfTheExtendedItemAlone) {
+  // The listing of monitors that is broken off keeps its key open.
+  bench.ostrel().ForgiveLeaks();
+  size_t alone = 0;
+  for (uint32_t nth = 1;; ++nth) {
+    const std::string result =
+        Refusing(nth, [this] { return bench.box().PrepareDMItems(0x03, 2); });
+    if (result == "enough") break;
+    const std::string items = bench.Items();
+    if (result == "0") {
+      EXPECT_EQ(items, "") << nth;
+    }
+    if (result != "1" || items == whole) continue;
+    ++alone;
+    EXPECT_EQ(items, "4 0x3 icon 18\n") << nth;
+    EXPECT_EQ(bench.State().items.at(0).index, 0u) << nth;
+  }
+  EXPECT_GE(alone, 2u);
 }
 
 // --- The discrete adapter that cannot clone.
@@ -206,6 +266,17 @@ TEST_F(PresentationOnDiscrete, MayPassTheGateWithACrtAmongTheDisplays) {
   EXPECT_EQ(Presentations(bench.Items()), "2 0x13 icon 11 type 64\n");
   EXPECT_TRUE(projectors().AddPresentationItemIfAllowed(0x11, 0x11, 11, 64));
   EXPECT_EQ(Presentations(bench.Items()), "2 0x13 icon 11 type 64\n");
+}
+
+TEST_F(Presentation, AsksAboutTheDiscreteAdapterOnceItsDisplaysAreThere) {
+  bench.script->vendor = kVendorNvidia;
+  ASSERT_TRUE(bench.Start<FakeNvidiaMonitor>());
+  ASSERT_TRUE(bench.box().PrepareDMItems(0x01, 1));
+  bench.Calls();
+  EXPECT_TRUE(projectors().AddPresentationItemIfAllowed(0x01, 0x05, 11, 64));
+  EXPECT_EQ(CountOf(bench.Calls(), "IsDiscreteOnly\n"), 0u);
+  EXPECT_TRUE(projectors().AddPresentationItemIfAllowed(0x05, 0x05, 11, 64));
+  EXPECT_EQ(CountOf(bench.Calls(), "IsDiscreteOnly\n"), 1u);
 }
 
 TEST_F(Presentation, PassesTheGateOnlyWithEveryDisplayConnected) {
@@ -517,7 +588,7 @@ TEST_F(PresentationSession, IsForgottenWhenItIsNoLongerOffered) {
 TEST_F(PresentationSession, LeavesNothingRememberedOfItsOwnSettings) {
   ASSERT_TRUE(bench.Start());
   Choose(3);
-  Choose(3);  // extended, the panel, and the plain clone of the same displays
+  Choose(4);  // 1024 by 768, extended, the panel, and the plain clone of the same displays
   EXPECT_EQ(RememberedType(), "0");
   EXPECT_EQ(bench.Remembered("2,3 | CRT Monitor,Panel", "Width"), "-");
   EXPECT_EQ(bench.Remembered("1,1 | CRT Monitor,Panel", "Width"), "1366");

@@ -230,6 +230,7 @@ TEST_F(ProblemProjectorMode, TakesTheCurrentSettingsForAPresentation) {
   EXPECT_EQ(dm.dmBitsPerPel, 32u);
   EXPECT_EQ(dm.dmDisplayFrequency, 60u);
   EXPECT_EQ(dm.dmFields & 0x5C0000u, 0x5C0000u);
+  EXPECT_EQ(dm.dmSize, 220u);  // Windows' own answer says less
 }
 
 TEST_F(ProblemProjectorMode, TakesThePresentationsSizeFromTheConfigurationEachTime) {

@@ -152,6 +152,13 @@ TEST_F(ApplyJournalUnmatched, NothingIsSavedAndThePanelComesFirst) {
                          kAskedForReset + "Sleep(700)=0\n" + kResized + kAdjusted + "returned 1\n");
 }
 
+TEST_F(ApplyJournalUnmatched, AnotherDisplayAloneComesBehindThePanel) {
+  bench.script->should_reset = 0;
+  Open(3);
+  EXPECT_EQ(Apply(), kClosed + Set(1, "0x1") + Set(1, "0x2") + kAdjusted + Recorded(1, 2, 0) +
+                         kAskedForReset + kAdjusted + "returned 1\n");
+}
+
 TEST_F(ApplyJournalUnmatched, ThePanelItselfIsSetOnceAndRecordedEvenIfItFailed) {
   bench.script->set_result = 0;
   Open(1);

@@ -64,6 +64,15 @@ TEST_F(ApplyJournalProjector, ThrowingCallIsFollowedByThePlainSwitch) {
                          kAdjusted + "returned 1\n");
 }
 
+TEST_F(ApplyJournalProjector, RetryBehindTheOneCallIsThePlainSwitch) {
+  bench.machine.Config("Settings", "Retry When Operation Failed", 1);
+  Open<FakeMonitorWithSettings>(1);
+  EXPECT_EQ(Apply(), kClosed + Saved(1, 1) + "ChangeResolutionBeforeSwitch\n" + both +
+                         "Sleep(3000)=0\nobject: GetCurrentDisplayMode\n" + Set(2, "0x3") +
+                         kAdjusted + Recorded(2, 3, 0) + kAskedForReset + kAdjusted +
+                         "returned 1\n");
+}
+
 TEST_F(ApplyJournalProjector, BothFailingIsAFailedSwitch) {
   bench.script->set_with_settings_result = 0;
   bench.script->set_result = 0;
@@ -186,12 +195,56 @@ TEST_F(ApplyJournalOldNvidia, SoIsThatOfExtendedDesktop) {
                          "returned 1\n");
 }
 
+TEST_F(ApplyJournalOldNvidia, FromOnePresentationToTheOtherTheSizeFollowsAtOnce) {
+  Open(0, kVendorNvidia);
+  ASSERT_TRUE(bench.box().AddPresentationItem(10, 0x03, 32));
+  ASSERT_TRUE(bench.box().AddPresentationItem(11, 0x03, 64));
+  bench.machine.model().sources[0].mode = {800, 600, 32, 60};
+  SIndex index = bench.State().selected;
+  index.value = 4;
+  bench.box().SetOpened(index);
+  index.value = 5;
+  bench.box().SetSelected(index);
+  const std::string steps = Apply();
+  const std::string before = kClosed + (kAdjusted + Recorded(2, 3, 64)) + kAskedForReset;
+  EXPECT_EQ(steps.rfind(before + "ChangeDisplaySettingsExA(", 0), 0u) << steps;
+  EXPECT_EQ(Width(), 1024u);
+}
+
 TEST_F(ApplyJournalOldNvidia, AnotherVendorRestoresItself) {
   Open(1, kVendorNvidia);
   bench.script->vendor = kVendorIntel;
   Remember(2, 3, 1024, 768);
   const std::string steps = Apply();
   EXPECT_NE(steps.find("Sleep(700)=0\nChangeDisplaySettingsExA("), std::string::npos) << steps;
+  EXPECT_EQ(Width(), 1024u);
+}
+
+// --- NVIDIA from Windows Vista on: nothing has to come to rest.
+
+class ApplyJournalNvidiaOnVista : public ApplyJournal {
+ protected:
+  ApplyJournalNvidiaOnVista()
+      : ApplyJournal("vista nvidia: internal 1366x768 active, crt 1024x768 active") {}
+  /// The switch goes as far as the wait, and the desktop's settings follow at once.
+  static void ExpectRestoreBehindTheWait(const std::string& steps) {
+    EXPECT_NE(steps.find(kAskedForReset + std::string("Sleep(700)=0\nChangeDisplaySettingsExA(")),
+              std::string::npos)
+        << steps;
+  }
+};
+
+TEST_F(ApplyJournalNvidiaOnVista, RememberedSizeComesBackAtOnce) {
+  Open(1, kVendorNvidia);
+  Remember(2, 3, 1024, 768);
+  ExpectRestoreBehindTheWait(Apply());
+  EXPECT_EQ(Width(), 1024u);
+}
+
+TEST_F(ApplyJournalNvidiaOnVista, SoDoesThatOfExtendedDesktop) {
+  Open(3, kVendorNvidia);
+  Remember(4, 3, 1024, 768);
+  ExpectRestoreBehindTheWait(Apply());
   EXPECT_EQ(Width(), 1024u);
 }
 

@@ -197,6 +197,18 @@ TEST_F(Apply, AnExceptionOfTheObjectDoesNotReachTheMessageLoop) {
   EXPECT_TRUE(bench.ostrel().Run());  // the next press works
 }
 
+TEST_F(Apply, ASwitchThatWasBrokenOffIsNotTriedAgainByAStop) {
+  Open(1);
+  bench.script->on_call = [](const std::string& call) {
+    if (call.rfind("SetNewDisplayMode", 0) == 0) throw 1;
+  };
+  bench.machine.Advance(1500);
+  bench.script->on_call = nullptr;
+  EXPECT_EQ(bench.Changes(), "SetNewDisplayMode(2, 0x3)\n");
+  bench.ostrel().Stop();
+  EXPECT_EQ(bench.Calls(), "");
+}
+
 // --- From a mode that no item stands for.
 
 class ApplyFromUnmatched : public Apply {
@@ -469,6 +481,16 @@ class ApplyOnOldNvidia : public testing::Test {
     for (int i = 0; i <= moves; ++i) ASSERT_TRUE(bench.ostrel().Run());
   }
   bool Refreshed() const { return bench.LogHas("Check failed: nv != NULL. "); }
+  /// The last call of a switch to the item `moves` behind the current one.
+  std::string LastCallOfSwitch(int moves) {
+    Open(moves);
+    bench.box().SetRefreshRateWorkaround(new NotedRefreshRate(bench.script));
+    bench.script->TakeCalls();
+    EXPECT_TRUE(bench.box().ApplySelection());
+    const std::string calls = bench.script->TakeCalls();
+    const size_t end = calls.find_last_not_of('\n');
+    return calls.substr(calls.rfind('\n', end) + 1, end - calls.rfind('\n', end));
+  }
 
   SessionBench bench{"xp nvidia: internal 1366x768 active, crt 1024x768"};
 };
@@ -493,9 +515,12 @@ TEST_F(ApplyOnOldNvidia, DoesNotRefreshAfterAClone) {
 }
 
 TEST_F(ApplyOnOldNvidia, DoesNotRefreshAfterExtendedDesktop) {
-  Open(3);
-  EXPECT_TRUE(bench.box().ApplySelection());
-  EXPECT_FALSE(Refreshed());
+  EXPECT_EQ(LastCallOfSwitch(3), "AdjustRefreshRate");
+}
+
+// The refresh begins with the question for the vendor, so that one who leaves it out shows.
+TEST_F(ApplyOnOldNvidia, AsksForTheRefreshAfterEveryOtherMode) {
+  EXPECT_EQ(LastCallOfSwitch(1), "GetVgaVendor");
 }
 
 TEST(ApplyOnNewerNvidia, DoesNotRefresh) {

@@ -7,6 +7,7 @@
 #include "session/catalogue/Projectors.h"
 #include "session/catalogue/PruningMode.h"
 #include "session/catalogue/SwitchPreconditions.h"
+#include "tests/whitebox/ScarceMemory.h"
 
 /// Reaches the session's inner operations for the box.
 struct ProjectorAccess {
@@ -53,6 +54,7 @@ constexpr ProjectorBox kBox = {
     ProjectorAccess::AddPresentationItems,
     ProjectorAccess::AddPresentationItemIfAllowed,
     ProjectorAccess::ApplyProblemProjectorMode,
+    RefuseMemory,
     IsWindowsMediaPlayerPlaying,
     IsPowerDVDPlaying,
     ApplyTV4810Workaround,

@@ -24,11 +24,14 @@ struct ProjectorBox {
   bool (*PanelReaches1024x768)();
   bool (*PanelReaches1024x768Of)(IPhysicalMonitor* (*create)());
   BOOL (*ApplyPresentationResolution)(uint32_t type);
-  BOOL (*AddPresentationItems)(uint32_t connected);  // to the session's list, which it leaves alone
+  BOOL (*AddPresentationItems)(uint32_t connected);  // to the session's list
   BOOL(*AddPresentationItemIfAllowed)
   (uint32_t connected, uint32_t mask, uint32_t icon, uint32_t type);
   BOOL(*ApplyProblemProjectorMode)
   (IMMonitor* imm, uint32_t mode, uint32_t displays, uint32_t presentation_type);
+
+  /// As in ScarceMemory.h, for all of the library.
+  bool (*RefuseMemory)(uint32_t nth);
 
   // --- Guards.
   bool (*IsWindowsMediaPlayerPlaying)();

@@ -22,6 +22,8 @@ struct WorkaroundAccess {
     state.worker_thread_id = window->worker_thread_id_;
     return state;
   }
+
+  static void CheckDisplays(IntelRRWorkaroundWindow* window) { window->CheckDisplays(); }
 };
 
 namespace {
@@ -70,6 +72,7 @@ constexpr WorkaroundBox kBox = {
     ApplyTimingWithoutApi,
     NewWindow,
     WorkaroundAccess::StateOf,
+    WorkaroundAccess::CheckDisplays,
     ApplyWorkaround,
 };
 

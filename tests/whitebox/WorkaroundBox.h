@@ -47,6 +47,7 @@ struct WorkaroundBox {
   // --- The window.
   IntelRRWorkaroundWindow* (*NewWindow)(IMMonitor* m);
   RRWindowState (*StateOf)(const IntelRRWorkaroundWindow* window);
+  void (*CheckDisplays)(IntelRRWorkaroundWindow* window);  // on the calling thread
   void (*ApplyWorkaround)(IntelRRWorkaroundWindow* window, uint32_t displays, uint32_t count);
 };
 

@@ -1,6 +1,7 @@
 #include "Common/MultiMonitor/PhysicalMonitorByDisplayLibrary.h"
 
 #include "Common/Logging.h"
+#include "Common/MultiMonitor/DriverEdid.h"
 #include "Common/MultiMonitor/Edid.h"
 #include "Common/MultiMonitor/GetDisplayExtension.h"
 #include "Common/MultiMonitor/IMMonitor.h"
@@ -9,34 +10,16 @@
 
 namespace {
 
-/// A block that an extension allocated: gives it back at its end.
-class ExtensionEdid {
- public:
-  explicit ExtensionEdid(IDisplayExtension* extension) : extension_(extension) {}
-  ~ExtensionEdid() {
-    if (read_) extension_->FreeEDID(&blob_);
+/// @return false when the block is damaged; `edid` is then unchanged
+bool LoadInto(const DriverEdid& block, EDID* edid) {
+  try {
+    // Deliberate: a block too short to be an EDID counts as one without a preferred timing.
+    *edid = block.Load();
+    return true;
+  } catch (...) {
+    return false;
   }
-  ExtensionEdid(const ExtensionEdid&) = delete;
-  ExtensionEdid& operator=(const ExtensionEdid&) = delete;
-
-  bool Read(uint32_t display) { return read_ = extension_->GetEDID(display, &blob_); }
-
-  /// @return false when the block is damaged; `edid` is then unchanged
-  bool LoadInto(EDID* edid) const {
-    try {
-      // Deliberate: a block too short to be an EDID counts as one without a preferred timing.
-      edid->Load(blob_.pv, blob_.cb);
-      return true;
-    } catch (...) {
-      return false;
-    }
-  }
-
- private:
-  IDisplayExtension* const extension_;
-  EdidBlob blob_;
-  bool read_ = false;
-};
+}
 
 }  // namespace
 
@@ -70,9 +53,9 @@ bool PhysicalMonitorByDisplayLibrary::GetNativeResolution(uint32_t monitor_id, u
                                                           uint32_t* height) {
   DCHECK(width != NULL && height != NULL);
   if (width == nullptr || height == nullptr || !m_extension) return false;
-  ExtensionEdid block(m_extension.get());
+  const DriverEdid block(m_extension.get(), monitor_id);
   EDID edid;
-  if (!block.Read(monitor_id) || !block.LoadInto(&edid)) return false;
+  if (!block.IsReadable() || !LoadInto(block, &edid)) return false;
   EdidTiming timing;
   if (edid.HasPreferredTiming()) edid.GetDetailedTiming(&timing);
   // Deliberate: without a preferred timing the size is 0 by 0, and the answer is yes.

@@ -6,9 +6,9 @@
 
 #include "Common/Config.h"
 #include "Common/Logging.h"
+#include "Common/MultiMonitor/DriverEdid.h"
 #include "Common/MultiMonitor/IMMonitor.h"
 #include "Common/MultiMonitor/MonitorIdentity.h"
-#include "session/catalogue/DriverEdid.h"
 #include "session/catalogue/PresentationRules.h"
 
 namespace {

@@ -1,0 +1,9 @@
+// Memory that runs out: the white-box build takes all of the library's memory through here.
+#pragma once
+
+#include <cstdint>
+
+/// Refuses the `nth` piece of memory from now on (1 = the next), once; 0 refuses none.
+/// @return true when an earlier refusal was still to come, and is given up now
+/// @note one thread at a time
+bool RefuseMemory(uint32_t nth);
