@@ -25,7 +25,7 @@ constexpr RealImports kRealImports[] = {
      " ResumeThread SuspendThread GetThreadContext SetThreadContext"
      " GetThreadPriority SetThreadPriority GetCurrentThread GetCurrentThreadId"
      " GetCurrentProcess GetCurrentProcessId GetProcessAffinityMask SetProcessAffinityMask"
-     " OpenProcess DuplicateHandle GetHandleInformation TlsAlloc TlsGetValue TlsSetValue"
+     " OpenProcess DuplicateHandle GetHandleInformation TlsAlloc TlsFree TlsGetValue TlsSetValue"
      " InitializeCriticalSection InitializeCriticalSectionAndSpinCount EnterCriticalSection"
      " TryEnterCriticalSection LeaveCriticalSection DeleteCriticalSection ReleaseMutex"
      " SetEvent ResetEvent CreateSemaphoreA ReleaseSemaphore WaitForMultipleObjects "},

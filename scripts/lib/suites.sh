@@ -47,10 +47,6 @@ need_built() {
   exit 1
 }
 
-# Every load of the library costs its process a thread-local slot that the compiler's run-time library never gives back,
-# and a process has 1088: the programs that load it for each test are cut into more pieces than there are cores.
-LOADING_SHARDS=$((2 * JOBS))
-
 # run_program RESULT SHARDS PRESET NAME: a GoogleTest program under Wine.
 run_program() {
   local result=$1 shards=$2 preset=$3 name=$4
@@ -151,8 +147,8 @@ run_fuzzer() {
 
 suite_unit() { need_built release unit_tests; run_program "$1" 1 release unit_tests; }
 suite_sim() { need_built release sim_tests; run_program "$1" "$JOBS" release sim_tests; }
-suite_behaviour() { need_built release behaviour_tests; run_program "$1" "$LOADING_SHARDS" release behaviour_tests; }
-suite_session() { need_built release session_tests; run_program "$1" "$LOADING_SHARDS" release session_tests; }
+suite_behaviour() { need_built release behaviour_tests; run_program "$1" "$JOBS" release behaviour_tests; }
+suite_session() { need_built release session_tests; run_program "$1" "$JOBS" release session_tests; }
 
 # The library alone is built once more; the test programs are those of the release build, beside it.
 suite_ubsan() {
@@ -162,7 +158,7 @@ suite_ubsan() {
   for name in behaviour_tests session_tests; do
     cp "$BUILD/release/bin/$name.exe" "$BUILD/ubsan/bin/"
     rm -f "$1.part"
-    run_program "$1.part" "$LOADING_SHARDS" ubsan "$name"
+    run_program "$1.part" "$JOBS" ubsan "$name"
     part_passed=0 part_failed=1
     [[ -s $1.part ]] && read -r part_passed part_failed <"$1.part"
     passed=$((passed + part_passed)) failed=$((failed + part_failed))

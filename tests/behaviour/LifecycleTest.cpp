@@ -433,6 +433,23 @@ TEST(OstrelRegisterNotification, SecondCallRaisesTwoChecksAndOverwrites) {
   EXPECT_EQ(host.machine.Notifications()[0].message, kMessage + 1);
 }
 
+// --- The run-time library's thread-local slot, of which a process has 1088.
+
+DWORD NextThreadSlot() {
+  const DWORD slot = TlsAlloc();
+  TlsFree(slot);
+  return slot;
+}
+
+TEST(Unload, GivesTheThreadLocalSlotBack) {
+  sim::Machine machine(kNotebook);
+  const auto load = [&machine] { sim::Library ostrel(machine); };
+  load();  // what the system's own libraries take, they keep
+  const DWORD before = NextThreadSlot();
+  for (int i = 0; i < 4; ++i) load();
+  EXPECT_EQ(NextThreadSlot(), before);
+}
+
 // --- Ostrel.ini.
 
 TEST(OstrelFlushRememberedSettings, WorksBeforeAnyInitialisation) {
