@@ -13,14 +13,15 @@ namespace {
 using FaceFunction = const std::vector<Entry>& (*)();
 
 constexpr FaceFunction kFaces[] = {
-    DisplayDevicesFace, DisplayConfigFace, SetupApiFace, RegistryFace, SystemFace, LoaderFace,
-    TimeFace,           WindowFace,        GdiFace,      HandleFace,   ComFace,    RunTimeFace,
-    ServicesFace,       PlayersFace,       ProfileFace,
+    DisplayDevicesFace, DisplayConfigFace, SetupApiFace, RegistryFace, SystemFace,      LoaderFace,
+    TimeFace,           WindowFace,        GdiFace,      HandleFace,   ComFace,         RunTimeFace,
+    ServicesFace,       PlayersFace,       ProfileFace,  KeyboardFace, BasicStringFace,
 };
 
 constexpr const char* kNeverFailing[] = {
     "CoUninitialize",
     "FreeLibraryAndExitThread",
+    "GetDesktopWindow",
     "GdiplusShutdown",
     "GetCommandLineA",
     "GetCommandLineW",
@@ -34,8 +35,11 @@ constexpr const char* kNeverFailing[] = {
     "OutputDebugStringW",
     "PostQuitMessage",
     "Sleep",
+    "SysFreeString",
+    "SysStringLen",
     "clock",
     "getenv",
+    "keybd_event",
 };
 
 std::vector<const Entry*> Collect() {

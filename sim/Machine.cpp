@@ -12,6 +12,7 @@
 #include "sim/MachineState.h"
 #include "sim/ShortForm.h"
 #include "sim/Topology.h"
+#include "sim/faces/IntelDriver.h"
 
 namespace sim {
 namespace {
@@ -81,7 +82,7 @@ void FlushProfile(const std::wstring& path) {
 }
 
 bool IsSimulated(const Machine::State& state, const std::string& function) {
-  if (FindEntryByName(function) != nullptr) return true;
+  if (FindEntryByName(function) != nullptr || IsIntelDriverOperation(function)) return true;
   for (const auto& [name, module] : state.invented) {
     const auto& entries = module.entries;
     const auto same = [&](const Entry& entry) { return function == entry.name; };

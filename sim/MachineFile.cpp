@@ -75,6 +75,7 @@ Adapter ReadAdapter(Fields fields) {
   adapter.root_enumerated = fields.TruthOr("root_enumerated", adapter.root_enumerated);
   adapter.status_readable = fields.TruthOr("status_readable", adapter.status_readable);
   adapter.mirroring = fields.TruthOr("mirroring", adapter.mirroring);
+  adapter.vendor_library = fields.TruthOr("vendor_library", adapter.vendor_library);
   adapter.sources = fields.NumberOr("sources", adapter.sources, 16);
   adapter.heads = fields.NumberOr("heads", adapter.heads, 16);
   fields.RefuseTheRest();

@@ -39,10 +39,11 @@ struct InventedModule {
 };
 
 /// A COM class that exists only in the simulation. create() makes an object as a class factory
-/// would.
+/// would; `contexts` are those in which it is registered, CLSCTX_ bits.
 struct ComClass {
   CLSID id;
   HRESULT (*create)(REFIID interface_id, void** object);
+  DWORD contexts = CLSCTX_ALL;
 };
 
 /// A window class that the DLL registered and that must not outlive it.
@@ -59,6 +60,7 @@ struct WindowBook {
   Picture picture;             // last UpdateLayeredWindow
   std::vector<Drawn> drawing;  // what went into it
   POINT cursor = {0, 0};
+  HWND foreground = reinterpret_cast<HWND>(uintptr_t{0x4F0001});  // the host's, before any other
 };
 
 /// Which picture files went into a GDI+ bitmap or, behind it, a GDI bitmap.

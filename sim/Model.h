@@ -46,6 +46,7 @@ struct Adapter {
   bool status_readable = true;   // CM_Get_DevNode_Status answers
   bool mirroring = false;        // a mirroring driver: a display device that is none
   bool enumerated = true;        // SetupAPI lists it among the present devices
+  bool vendor_library = true;    // its driver brought the vendor's programming interface
   uint32_t heads = 0;    // how many connectors it can drive at a time; 0: as many as sources
   uint32_t sources = 2;  // how many desktops it can scan out: one \\.\DISPLAYn each
   uint32_t luid_low = 0;

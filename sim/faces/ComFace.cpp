@@ -3,6 +3,7 @@
 #include "Common/Win.h"
 #include "sim/FaceTable.h"
 #include "sim/MachineState.h"
+#include "sim/faces/IntelDriver.h"
 
 #include <objbase.h>
 
@@ -34,29 +35,47 @@ void WINAPI FakeCoUninitialize() {
   if (State().clock.real()) CoUninitialize();
 }
 
+// The classes of this machine: a test's own, and those that its drivers bring.
+std::map<std::string, ComClass> Classes() {
+  std::map<std::string, ComClass> classes = State().com_classes;
+  const ComClass* const intel = FindIntelDriver(State().model);
+  if (intel != nullptr) classes.emplace(kIntelDriverProgramId, *intel);
+  return classes;
+}
+
 HRESULT WINAPI FakeCLSIDFromProgID(LPCOLESTR name, LPCLSID id) {
   Call call("CLSIDFromProgID");
-  if (call.Fails()) return FaultOr(call, CO_E_CLASSSTRING);
-  const auto found = State().com_classes.find(LowerCase(Narrow(name)));
-  if (found == State().com_classes.end()) {
+  const std::string text = Narrow(name);
+  const auto classes = Classes();
+  const auto found = classes.find(LowerCase(text));
+  HRESULT result = S_OK;
+  if (call.Fails()) {
+    result = FaultOr(call, CO_E_CLASSSTRING);
+  } else if (found == classes.end()) {
     *id = CLSID();
-    return CO_E_CLASSSTRING;
+    result = CO_E_CLASSSTRING;
+  } else {
+    *id = found->second.id;
   }
-  *id = found->second.id;
-  return S_OK;
+  return static_cast<HRESULT>(call.Read(result, "%s", text.c_str()));
+}
+
+HRESULT Create(REFCLSID id, LPUNKNOWN outer, DWORD context, REFIID interface_id, LPVOID* object) {
+  if (outer != nullptr) return CLASS_E_NOAGGREGATION;
+  for (const auto& [name, com_class] : Classes()) {
+    if (!IsEqualCLSID(com_class.id, id) || (com_class.contexts & context) == 0) continue;
+    return com_class.create(interface_id, object);
+  }
+  return REGDB_E_CLASSNOTREG;
 }
 
 HRESULT WINAPI FakeCoCreateInstance(REFCLSID id, LPUNKNOWN outer, DWORD context,
                                     REFIID interface_id, LPVOID* object) {
   Call call("CoCreateInstance");
   *object = nullptr;
-  if (call.Fails()) return FaultOr(call, REGDB_E_CLASSNOTREG);
-  (void)context;
-  if (outer != nullptr) return CLASS_E_NOAGGREGATION;
-  for (const auto& [name, com_class] : State().com_classes) {
-    if (IsEqualCLSID(com_class.id, id)) return com_class.create(interface_id, object);
-  }
-  return REGDB_E_CLASSNOTREG;
+  const HRESULT result = call.Fails() ? FaultOr(call, REGDB_E_CLASSNOTREG)
+                                      : Create(id, outer, context, interface_id, object);
+  return static_cast<HRESULT>(call.Read(result, "context=%lu", context));
 }
 
 }  // namespace

@@ -233,7 +233,6 @@ std::vector<Entry> RealEntries() {
       CountedEntry<ShowWindow>(kUser32, "ShowWindow"),
       CountedEntry<SetWindowPos>(kUser32, "SetWindowPos"),
       CountedEntry<BringWindowToTop>(kUser32, "BringWindowToTop"),
-      CountedEntry<SetForegroundWindow>(kUser32, "SetForegroundWindow"),
       CountedEntry<GetParent>(kUser32, "GetParent"),
       CountedEntry<IsWindow>(kUser32, "IsWindow"),
       CountedEntry<IsWindowVisible>(kUser32, "IsWindowVisible"),

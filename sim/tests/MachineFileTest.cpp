@@ -165,6 +165,12 @@ TEST(MachineFile, EdidNameIsTheMonitorsOwnWord) {
             MakeEdid("thirteen char", {1366, 768, 32, 60}));
 }
 
+TEST(MachineFile, AdapterMayComeWithoutItsVendorsLibrary) {
+  const std::string without = With("kind = \"intel\"", "kind = \"intel\"\nvendor_library = false");
+  EXPECT_TRUE(ParseMachineText(kSmall, "v.toml").adapters[0].vendor_library);
+  EXPECT_FALSE(ParseMachineText(without, "v.toml").adapters[0].vendor_library);
+}
+
 TEST(MachineFile, WindowsAndServicesArrive) {
   const Model model = ParseMachineText(std::string(kSmall) + R"([[window]]
 class = "WMPlayerApp"

@@ -107,7 +107,7 @@ TEST(DMSwitchInitial, ChecksTheObjectForTheRefreshRate) {
   bench.machine.SetCommandLine(L"host.exe --enable-dcheck");
   ASSERT_TRUE(bench.Start());
   EXPECT_FALSE(bench.LogHas("Check failed: m != NULL. "));
-  bench.ostrel().white_box().factory->InstallMonitor(nullptr, static_cast<uint16_t>(kVendorIntel));
+  bench.LoseObject();
   EXPECT_TRUE(bench.box().Initial());
   EXPECT_TRUE(bench.LogHas("Check failed: m != NULL. "));
   EXPECT_FALSE(bench.LogHas("Check failed: intel_rr_workaround_.get() != NULL. "));

@@ -431,7 +431,10 @@ TEST(CreateIMMonitorForActiveVendor, IsNullWithACheckWithoutAVendor) {
 
 TEST(CreateIMMonitorForActiveVendor, StoresNothing) {
   FactoryHost host(kIntel);
-  delete host->CreateIMMonitorForActiveVendor();
+  IMMonitor* const made = host->CreateIMMonitorForActiveVendor();
+  ASSERT_NE(made, nullptr);
+  EXPECT_EQ(made->GetVgaVendor(), kVendorIntel);
+  delete made;
   EXPECT_EQ(host->ActiveMonitor(), nullptr);
   EXPECT_EQ(host->ActiveVendor(), 0);
 }
@@ -498,15 +501,37 @@ TEST(ShouldUseDisplayLinkWorkaround, IsFalseWithoutTheService) {
   EXPECT_FALSE(host->IsDisplayLinkWorkaroundActive());
 }
 
-TEST(SupportNvidiaCrossAdapter, IsFalseBelowWindows7AndWithoutAnIntelObject) {
-  for (const char* text : {"vista intel, nvidia: internal 1366x768 active", kIntelNvidia}) {
-    FactoryHost host(text);
-    IMMonitor* intel = nullptr;
-    IMMonitor* nv = nullptr;
-    EXPECT_FALSE(host->SupportNvidiaCrossAdapter(&intel, &nv)) << text;
-    delete intel;
-    delete nv;
-  }
+/// What SupportNvidiaCrossAdapter says, and which objects it made on the way.
+std::string CrossAdapter(FactoryHost* host) {
+  IMMonitor* intel = nullptr;
+  IMMonitor* nv = nullptr;
+  std::string said = (*host)->SupportNvidiaCrossAdapter(&intel, &nv) ? "yes" : "no";
+  if (intel != nullptr) said += ", intel";
+  if (nv != nullptr) said += ", nvidia";
+  delete intel;
+  delete nv;
+  return said;
+}
+
+TEST(SupportNvidiaCrossAdapter, BelowWindows7NothingIsMade) {
+  FactoryHost host("vista intel, nvidia: internal 1366x768 active");
+  EXPECT_EQ(CrossAdapter(&host), "no");
+}
+
+TEST(SupportNvidiaCrossAdapter, IsFalseWithoutAnIntelObject) {
+  FactoryHost host(kIntelNvidia);
+  host.Adapter(0).vendor_library = false;
+  EXPECT_EQ(CrossAdapter(&host), "no");
+}
+
+TEST(SupportNvidiaCrossAdapter, IsFalseWhereIntelOwnsTheHdmiConnector) {
+  FactoryHost host("win7 intel, nvidia: internal 1366x768 active, hdmi");
+  EXPECT_EQ(CrossAdapter(&host), "no, intel");
+}
+
+TEST(SupportNvidiaCrossAdapter, IsFalseWithoutAnNvidiaObject) {
+  FactoryHost host(kIntelNvidia);
+  EXPECT_EQ(CrossAdapter(&host), "no, intel");
 }
 
 // --- On a machine without a supported adapter.

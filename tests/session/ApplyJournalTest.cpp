@@ -38,7 +38,7 @@ TEST_F(ApplyJournal, PlayerIsNotLookedForWithoutTheKey) {
 
 TEST_F(ApplyJournal, WithoutAnObjectNothingIsSavedOrSet) {
   Open(1);
-  bench.ostrel().white_box().factory->InstallMonitor(nullptr, static_cast<uint16_t>(kVendorIntel));
+  bench.LoseObject();
   EXPECT_EQ(Apply(), std::string(kClosed) + "returned 0\n");
   ExpectEnded();
 }

@@ -163,7 +163,7 @@ TEST_F(Apply, ASelectionBehindTheListEndsTheSessionWithoutADisplayCall) {
 TEST_F(Apply, WithoutAnObjectCleansUp) {
   bench.machine.SetCommandLine(L"host.exe --enable-dcheck");
   Open(1);
-  bench.ostrel().white_box().factory->InstallMonitor(nullptr, static_cast<uint16_t>(kVendorIntel));
+  bench.LoseObject();
   EXPECT_FALSE(ApplyIt());
   EXPECT_TRUE(bench.LogHas("Check failed: pobj != NULL. "));
   EXPECT_EQ(bench.Calls(), "");

@@ -424,7 +424,7 @@ TEST(OpeningFails, WithoutTheBrushIsLoggedAndEndsNoSession) {
 TEST(OpeningFails, WithoutAnObject) {
   SessionBench bench;
   ASSERT_TRUE(bench.Start());
-  bench.ostrel().white_box().factory->InstallMonitor(nullptr, static_cast<uint16_t>(kVendorIntel));
+  bench.LoseObject();
   EXPECT_FALSE(bench.ostrel().Run());
   ExpectClosedAndIdle(&bench);
 }

@@ -93,6 +93,11 @@ BOOL SessionBench::Ready(IMMonitor* object, uint16_t vendor) {
   return result;
 }
 
+void SessionBench::LoseObject() {
+  machine.model().adapters[0].hardware_id = "PCI\\VEN_1002&DEV_6841";
+  ostrel_->white_box().factory->InstallMonitor(nullptr, static_cast<uint16_t>(kVendorAmd));
+}
+
 std::string SessionBench::Items() {
   std::string text;
   for (const ItemState& item : State().items) {

@@ -50,6 +50,9 @@ class SessionBench {
   /// The two halves of Start.
   void Load();
   BOOL Ready(IMMonitor* object, uint16_t vendor);
+  /// From here on there is no display object, and none is made: the adapter has become one whose
+  /// vendor has no back-end.
+  void LoseObject();
 
   sim::Library& ostrel() { return *ostrel_; }
   const SessionBox& box() { return *ostrel_->white_box().session; }

@@ -7,6 +7,7 @@
 #include "tests/whitebox/FactoryBox.h"
 #include "tests/whitebox/FoundationBox.h"
 #include "tests/whitebox/IdentityBox.h"
+#include "tests/whitebox/IntelBox.h"
 #include "tests/whitebox/PolicyBox.h"
 #include "tests/whitebox/ProjectorBox.h"
 #include "tests/whitebox/SessionBox.h"
@@ -21,6 +22,7 @@ struct WhiteBox {
   const PolicyBox* policy;
   const ProjectorBox* projectors;
   const WorkaroundBox* workarounds;
+  const IntelBox* intel;
 };
 
 /// The white-box build's one export more, "Ostrel_WhiteBox".

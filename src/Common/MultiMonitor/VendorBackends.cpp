@@ -1,12 +1,15 @@
 #include "Common/MultiMonitor/VendorBackends.h"
 
+#include "Common/MultiMonitor/Intel/IntelMMImpl.h"
 #include "Common/MultiMonitor/PhysicalMonitorByDisplayLibrary.h"
 
 #include <memory>
 
-// No Intel back-end yet: a machine that needs it has none.
-IMMonitor* NewIntelMMImpl() { return nullptr; }
-bool CanControlHDMIMonitor(IMMonitor* /*intel*/) { return false; }
+IMMonitor* NewIntelMMImpl() { return new IntelMMImpl(); }
+bool CanControlHDMIMonitor(IMMonitor* intel) {
+  auto* const object = dynamic_cast<IntelMMImpl*>(intel);
+  return object != nullptr && object->CanControlHDMIMonitor();
+}
 
 // No AMD back-ends yet: a machine that needs one has none, and no ADL library is used.
 IMMonitor* NewADLImpl() { return nullptr; }

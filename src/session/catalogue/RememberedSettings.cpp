@@ -23,11 +23,6 @@ constexpr DWORD kSettingsFields =
     DM_BITSPERPEL | DM_PELSWIDTH | DM_PELSHEIGHT | DM_DISPLAYFREQUENCY | DM_DISPLAYORIENTATION;
 static_assert(sizeof(DEVMODEA) == 156, "dmSize of every record here");
 
-std::string& PathStorage() {
-  static std::string path;
-  return path;
-}
-
 /// Behind the keys of an external display stands its bit in decimal.
 // Deliberate: directly, without a blank: "Color Depth16".
 std::string KeyOf(const char* key, uint32_t display) {
@@ -104,17 +99,6 @@ void SavePrimaryDesktop(const std::string& section) {
 
 }  // namespace
 
-void EnsureSettingsPath() {
-  std::string& path = PathStorage();
-  if (!path.empty()) return;
-  char folder[MAX_PATH] = {};
-  const DWORD length = GetTempPathA(MAX_PATH, folder);
-  if (length == 0 || length >= MAX_PATH) return;
-  path = std::string(folder) + "Ostrel.ini";
-}
-
-const std::string& SettingsPath() { return PathStorage(); }
-
 // Deliberate: of several monitors with one name one counts, and the connectors do not show.
 void GetMonitorSignature(std::string* signature) {
   std::set<std::string> names;
@@ -126,17 +110,6 @@ void GetMonitorSignature(std::string* signature) {
     *signature += separator + name;
     separator = ",";
   }
-}
-
-std::string MakeSettingsSection(uint32_t mode, uint32_t displays, const std::string& signature) {
-  // Deliberate: without a signature the section ends with the blank behind the bar, and serves
-  // every set of nameless monitors.
-  return std::to_string(static_cast<int32_t>(mode)) + "," +
-         std::to_string(static_cast<int32_t>(displays)) + " | " + signature;
-}
-
-SettingsKey MakeSettingsKeyForDisplays(uint32_t mode, uint32_t displays) {
-  return {mode, displays, MakeSettingsSection(mode, displays, std::string()), std::string()};
 }
 
 const SettingsKey* FindSettingsKey(const std::vector<SettingsKey>& keys, uint32_t mode,

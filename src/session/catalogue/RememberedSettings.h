@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Common/MultiMonitor/DisplayNumbers.h"
+#include "Common/MultiMonitor/SettingsKeys.h"
 
 /// The external displays whose settings in an extended desktop are remembered, in the order in
 /// which they are written and looked for.
@@ -15,31 +16,9 @@
 constexpr uint32_t kRememberedExternals[] = {DisplayNumbers::MD_CRT, DisplayNumbers::MD_DVI,
                                              DisplayNumbers::MD_HDMI, DisplayNumbers::MD_DP};
 
-/// Names one section of Ostrel.ini. `section` is fully determined by the other three.
-struct SettingsKey {
-  uint32_t mode = 0;
-  uint32_t displays = 0;
-  std::string section;    // "<mode>,<displays> | <signature>"
-  std::string signature;  // the monitors present, see GetMonitorSignature
-};
-
-/// Builds the path of Ostrel.ini, in the user's temporary folder, unless it is known already. It
-/// stays empty while Windows names no such folder; nothing is then read or written.
-void EnsureSettingsPath();
-
-/// The path of Ostrel.ini; empty before EnsureSettingsPath.
-const std::string& SettingsPath();
-
 /// Names the monitors present: their names in ascending order, joined with ",". Empty when none has
 /// a name.
 void GetMonitorSignature(std::string* signature);
-
-/// The section of Ostrel.ini for a mode on displays with these monitors.
-std::string MakeSettingsSection(uint32_t mode, uint32_t displays, const std::string& signature);
-
-/// A key with an empty signature. Such a section is never written, so that reads of it give the
-/// defaults.
-SettingsKey MakeSettingsKeyForDisplays(uint32_t mode, uint32_t displays);
 
 /// The first key whose mode, displays and signature are all equal; null when there is none.
 const SettingsKey* FindSettingsKey(const std::vector<SettingsKey>& keys, uint32_t mode,
