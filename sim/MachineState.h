@@ -10,6 +10,7 @@
 
 #include "Common/Win.h"
 #include "sim/Clock.h"
+#include "sim/ComClasses.h"
 #include "sim/Face.h"
 #include "sim/Faults.h"
 #include "sim/Journal.h"
@@ -36,14 +37,6 @@ struct InventedModule {
   uint32_t references = 0;
   void (*on_load)() = nullptr;
   void (*on_unload)() = nullptr;
-};
-
-/// A COM class that exists only in the simulation. create() makes an object as a class factory
-/// would; `contexts` are those in which it is registered, CLSCTX_ bits.
-struct ComClass {
-  CLSID id;
-  HRESULT (*create)(REFIID interface_id, void** object);
-  DWORD contexts = CLSCTX_ALL;
 };
 
 /// A window class that the DLL registered and that must not outlive it.
@@ -85,6 +78,7 @@ struct Machine::State {
   std::vector<Notification> notifications;
   std::map<std::string, InventedModule> invented;  // by lower-case file name
   std::map<std::string, ComClass> com_classes;     // by lower-case program id
+  ComRegistrations com_registrations;              // revoked with the machine
   /// Handles without a kernel object behind them (a process snapshot, ...), with their kind in the
   /// ledger. CloseHandle lives in HandleFace and gives these back to the ledger instead of asking
   /// Windows.

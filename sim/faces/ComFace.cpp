@@ -1,5 +1,6 @@
-// COM as far as the library uses it: classes that only the model has. Nobody else's COM objects are
-// reachable.
+// COM as far as the library uses it. An object is made by COM itself, of a class whose class object
+// this process has registered; which classes there are is the model's word, and nobody else's COM
+// objects are reachable. Names of classes stand in the registry, which is simulated.
 #include "Common/Win.h"
 #include "sim/FaceTable.h"
 #include "sim/MachineState.h"
@@ -61,10 +62,10 @@ HRESULT WINAPI FakeCLSIDFromProgID(LPCOLESTR name, LPCLSID id) {
 }
 
 HRESULT Create(REFCLSID id, LPUNKNOWN outer, DWORD context, REFIID interface_id, LPVOID* object) {
-  if (outer != nullptr) return CLASS_E_NOAGGREGATION;
   for (const auto& [name, com_class] : Classes()) {
     if (!IsEqualCLSID(com_class.id, id) || (com_class.contexts & context) == 0) continue;
-    return com_class.create(interface_id, object);
+    return State().com_registrations.CreateInstance(com_class, outer, context, interface_id,
+                                                    object);
   }
   return REGDB_E_CLASSNOTREG;
 }

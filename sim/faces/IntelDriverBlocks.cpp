@@ -94,11 +94,11 @@ bool HeadIsSound(const IntelBlock& block) {
          block.Get(kProbeAt) <= 1;
 }
 
-// An entry's edges are all zero, or the rectangle of its place and size.
-bool EntryIsSound(const IntelBlock& entry) {
+// An entry's edges are the rectangle of its place and size, or all zero where `may_be_unplaced`.
+bool EntryIsSound(const IntelBlock& entry, bool may_be_unplaced) {
   const uint32_t left = entry.Get(kLeftAt);
   const uint32_t top = entry.Get(kTopAt);
-  const bool unplaced = entry.IsZero(kLeftAt, kSecondGap);
+  const bool unplaced = may_be_unplaced && entry.IsZero(kLeftAt, kSecondGap);
   const bool rectangle = entry.Get(kRightAt) == left + entry.Get(kWidthAt) &&
                          entry.Get(kBottomAt) == top + entry.Get(kHeightAt);
   return (unplaced || rectangle) && entry.Get(kOrientationAt) <= 3 &&
@@ -110,8 +110,9 @@ bool SamePlace(const IntelDesktop& a, const IntelDesktop& b) {
   return a.x == b.x && a.y == b.y && a.orientation == b.orientation;
 }
 
-IntelError ReadEntry(const Model& model, const IntelBlock& entry, IntelDesktop* desktop) {
-  if (!EntryIsSound(entry)) return kIntelBadArgument;
+IntelError ReadEntry(const Model& model, const IntelBlock& entry, bool may_be_unplaced,
+                     IntelDesktop* desktop) {
+  if (!EntryIsSound(entry, may_be_unplaced)) return kIntelBadArgument;
   const std::optional<size_t> connector = IntelConnector(model, entry.Get(kUidAt));
   if (!connector) return kIntelUnknownDevice;
   desktop->connectors = {*connector};
@@ -199,7 +200,11 @@ IntelError SetNView(Model& model, IntelBlock block) {
   std::vector<IntelDesktop> desktops(count);
   for (uint32_t i = 0; i < count; ++i) {
     const IntelBlock entry = block.Slice(kHeadSize + i * kEntrySize, kEntrySize);
-    if (const IntelError error = ReadEntry(model, entry, &desktops[i])) return error;
+    // Of the desktops side by side only the first may be left at the origin; those of a clone are
+    // one and the same.
+    const bool may_be_unplaced = i == 0 || mode != kExtended;
+    const IntelError error = ReadEntry(model, entry, may_be_unplaced, &desktops[i]);
+    if (error != kIntelSuccess) return error;
   }
   if (mode == kClone) {
     if (const IntelError error = MakeClone(model, &desktops)) return error;
@@ -243,7 +248,7 @@ IntelError GetIntelEdid(const Model& model, IntelBlock block) {
   return kIntelSuccess;
 }
 
-// Of all adapters of the driver together: the block names none.
+// Of all working adapters of the driver together: the block names none.
 IntelError GetIntelConnectors(const Model& model, IntelBlock block) {
   if (block.size() != kConnectorBlockSize) return kIntelBadArgument;
   uint32_t supported = MostHeads(model) >= 3 ? kSupportsThreeDisplays : 0;
@@ -251,8 +256,7 @@ IntelError GetIntelConnectors(const Model& model, IntelBlock block) {
   uint32_t active = 0;
   for (size_t i = 0; i < model.connectors.size(); ++i) {
     const Connector& connector = model.connectors[i];
-    if (connector.adapter >= model.adapters.size()) continue;
-    if (!IsIntelAdapter(model.adapters[connector.adapter])) continue;
+    if (!IsIntelDriven(model, i)) continue;
     for (const ConnectorBit& row : kConnectorBits) {
       if (row.type != IntelDeviceType(connector)) continue;
       supported |= row.bit;

@@ -32,12 +32,6 @@ constexpr UidRow kUids[] = {
     {5, 0x10000}, {7, 0x100000}, {6, 0x1000000}, {kUnnumberedType, 0x10000000},
 };
 
-bool IsDriven(const Model& model, size_t connector) {
-  const size_t adapter = model.connectors[connector].adapter;
-  return adapter < model.adapters.size() && IsIntelAdapter(model.adapters[adapter]) &&
-         AdapterWorks(model.adapters[adapter]);
-}
-
 }  // namespace
 
 uint32_t IntelBlock::Get(uint32_t offset) const {
@@ -83,6 +77,12 @@ bool IsIntelAdapter(const Adapter& adapter) {
   return Lower(adapter.hardware_id).find("ven_8086") != std::string::npos;
 }
 
+bool IsIntelDriven(const Model& model, size_t connector) {
+  const size_t adapter = model.connectors[connector].adapter;
+  return adapter < model.adapters.size() && IsIntelAdapter(model.adapters[adapter]) &&
+         AdapterWorks(model.adapters[adapter]);
+}
+
 bool IntelDriverInstalled(const Model& model) {
   return std::any_of(model.adapters.begin(), model.adapters.end(), [](const Adapter& adapter) {
     return IsIntelAdapter(adapter) && adapter.vendor_library;
@@ -101,7 +101,7 @@ uint32_t IntelUid(const Model& model, size_t connector) {
   const uint32_t type = IntelDeviceType(model.connectors[connector]);
   uint32_t before = 0;
   for (size_t i = 0; i < connector; ++i) {
-    if (IsDriven(model, i) && IntelDeviceType(model.connectors[i]) == type) ++before;
+    if (IsIntelDriven(model, i) && IntelDeviceType(model.connectors[i]) == type) ++before;
   }
   const auto row = std::find_if(std::begin(kUids), std::end(kUids),
                                 [type](const UidRow& r) { return r.type == type; });
@@ -110,7 +110,7 @@ uint32_t IntelUid(const Model& model, size_t connector) {
 
 std::optional<size_t> IntelConnector(const Model& model, uint32_t uid) {
   for (size_t i = 0; i < model.connectors.size(); ++i) {
-    if (IsDriven(model, i) && IntelUid(model, i) == uid) return i;
+    if (IsIntelDriven(model, i) && IntelUid(model, i) == uid) return i;
   }
   return std::nullopt;
 }

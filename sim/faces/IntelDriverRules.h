@@ -51,6 +51,8 @@ constexpr uint32_t kIntelStatusActive = 0x10;
 
 /// By its hardware id.
 bool IsIntelAdapter(const Adapter& adapter);
+/// The connector is one of a working Intel adapter.
+bool IsIntelDriven(const Model& model, size_t connector);
 /// An Intel adapter of this machine has the driver's programming interface.
 bool IntelDriverInstalled(const Model& model);
 /// The driver's number for the kind of device: 1 CRT, 2 panel, 3 DVI, 4 TV, 5 HDMI, 7 DisplayPort;

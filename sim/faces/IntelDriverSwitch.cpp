@@ -99,7 +99,7 @@ IntelError ReadRecord(const Model& model, const IntelBlock& record, IntelDesktop
     return kIntelBadArgument;
   }
   const bool is_single = mode == kSingle && count == 1 && primary == 0 && second == 0;
-  const bool is_clone = mode == kClone && count == 2 && primary == first;
+  const bool is_clone = mode == kClone && count == 2 && (primary == first || primary == second);
   if (!is_single && !is_clone) return kIntelBadArgument;
   const std::optional<size_t> source = IntelSource(model, *name);
   if (!source) return kIntelUnknownDevice;

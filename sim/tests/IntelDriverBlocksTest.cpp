@@ -199,6 +199,9 @@ TEST(IntelNView, WritesThatItRefuses) {
     block.Set(refusal.offset, refusal.value);
     EXPECT_EQ(driver.Set(kNView, &block), refusal.said) << refusal.what;
   }
+  Words unplaced = good;
+  unplaced.Set(second + 32, 0).Set(second + 36, 0).Set(second + 44, 0);
+  EXPECT_EQ(driver.Set(kNView, &unplaced), kBadArgument);
   Words probe = NView(0, 3, 1).Set(4, 1);
   EXPECT_EQ(driver.Set(kNView, &probe), (DriverSaid{E_FAIL, kIntelTooManyDisplays}));
   EXPECT_EQ(machine.Topology(), "single internal");
@@ -247,6 +250,17 @@ TEST(IntelConnectorBlock, TellsWhatIsThereAttachedAndActive) {
   EXPECT_EQ(block.bytes, Words(12).Set(0, 0x19).Set(4, 0x11).Set(8, 0x10).bytes);
   Words large(16);
   EXPECT_EQ(driver.Get(kConnectors, &large), kBadArgument);
+}
+
+TEST(IntelConnectorBlock, LeavesOutAdaptersThatDoNotWork) {
+  Machine machine("win7 intel, intel: internal 1366x768 active, crt 1280x1024, hdmi@2 1920x1080");
+  const DriverClient driver;
+  Words block(12);
+  EXPECT_EQ(driver.Get(kConnectors, &block), kFine);
+  EXPECT_EQ(block.bytes, Words(12).Set(0, 0x19).Set(4, 0x19).Set(8, 0x10).bytes);
+  machine.model().adapters[1].disabled = true;
+  EXPECT_EQ(driver.Get(kConnectors, &block), kFine);
+  EXPECT_EQ(block.bytes, Words(12).Set(0, 0x11).Set(4, 0x11).Set(8, 0x10).bytes);
 }
 
 TEST(IntelConnectorBlock, ThreeHeadsHaveABitOfTheirOwn) {

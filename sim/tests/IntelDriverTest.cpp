@@ -57,6 +57,38 @@ TEST(IntelDriver, ClassIsALocalServersAndHasThisInterface) {
   EXPECT_NE(object, nullptr);
 }
 
+// The class object is registered with COM itself, for as long as the machine is there.
+TEST(IntelDriver, ObjectIsMadeByComItself) {
+  void* object = nullptr;
+  {
+    const Machine machine(kTwo);
+    const DriverClient driver;
+    EXPECT_EQ(
+        CoCreateInstance(kDriverClass, nullptr, CLSCTX_LOCAL_SERVER, kDriverInterface, &object),
+        S_OK);
+    EXPECT_EQ(object, driver.object());
+    EXPECT_EQ(IntelDriverReferences(machine), 2u);
+  }
+  ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
+  EXPECT_EQ(CoCreateInstance(kDriverClass, nullptr, CLSCTX_LOCAL_SERVER, kDriverInterface, &object),
+            REGDB_E_CLASSNOTREG);
+  CoUninitialize();
+}
+
+TEST(IntelDriver, ClassObjectMakesNoPartOfAnotherObject) {
+  const Machine machine(kTwo);
+  const DriverClient driver;
+  IClassFactory* factory = nullptr;
+  ASSERT_EQ(CoGetClassObject(kDriverClass, CLSCTX_LOCAL_SERVER, nullptr, IID_IClassFactory,
+                             reinterpret_cast<void**>(&factory)),
+            S_OK);
+  void* object = &factory;
+  EXPECT_EQ(factory->CreateInstance(factory, IID_IUnknown, &object), CLASS_E_NOAGGREGATION);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_EQ(factory->QueryInterface(IID_IDispatch, &object), E_NOINTERFACE);
+  factory->Release();
+}
+
 TEST(IntelDriver, ReferenceOfTheMakerIsItsToKeepAndNoOther) {
   Machine machine(kTwo);
   const DriverClient driver;
@@ -162,6 +194,13 @@ TEST(IntelDriver, OneRecordWithTwoDevicesMakesAClone) {
             "first=0x1000 second=0x1 err=0)=0\n");
 }
 
+TEST(IntelDriver, EitherDeviceOfACloneMayBeThePrimary) {
+  Machine machine(kTwo);
+  const DriverClient driver;
+  EXPECT_EQ(driver.Change(Record(kFirst, kPanel, kCrt).Set(88, kCrt)), kFine);
+  EXPECT_EQ(machine.Topology(), "clone internal+crt");
+}
+
 TEST(IntelDriver, TwoRecordsMakeAnExtendedDesktop) {
   Machine machine(kTwo);
   const DriverClient driver;
@@ -214,7 +253,8 @@ TEST(IntelDriver, RecordsThatItRefuses) {
       {"two of a single", Record(kFirst, kPanel).Set(92, 2), argument},
       {"one of a clone", Record(kFirst, kPanel, kCrt).Set(92, 1), argument},
       {"primary of a single", Record(kFirst, kPanel).Set(88, kPanel), argument},
-      {"clone's primary", Record(kFirst, kPanel, kCrt).Set(88, kCrt), argument},
+      {"clone's primary", Record(kFirst, kPanel, kCrt).Set(88, kHdmi), argument},
+      {"clone without a primary", Record(kFirst, kPanel, kCrt).Set(88, 0), argument},
       {"one display twice", Record(kFirst, kPanel, kPanel), argument},
       {"field beyond the uids", Record(kFirst, kPanel).Set(104, 1), argument},
       {"one device twice", Both(Record(kFirst, kPanel), Record(kFirst, kCrt)), argument},

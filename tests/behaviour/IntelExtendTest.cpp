@@ -165,7 +165,7 @@ TEST(IntelExtend, FallsBackToTheDriver) {
   EXPECT_EQ(host.machine.Topology(), "extend internal+dvi");
 }
 
-TEST(IntelExtend, FallsBackWithTwoDisplaysOnly) {
+TEST(IntelExtend, WithOneDisplayTheDriverIsNotAsked) {
   ExtendHost host("win7 intel: internal 1366x768 active, dvi");
   host.machine.Fail("ChangeDisplaySettingsExA", 1);
   EXPECT_EQ(BehindRefusal(host.Extend(TRUE)), std::string(kEnumDevices) + "0");
@@ -177,6 +177,15 @@ TEST(IntelExtend, TellsWhatIsAndNotWhatTheDriverSaid) {
   host.machine.Fail(kChange, 1);
   EXPECT_EQ(BehindRefusal(host.Extend(TRUE)),
             kEnumDevices + ChangeActiveDevices(TwoRecords(kPanelUid, kDviUid), kFailed, 7) + "0");
+}
+
+// A true value that is no TRUE equals no state.
+TEST(IntelExtend, EnableIsComparedAsANumber) {
+  ExtendHost host(kExtended);
+  const std::string protocol = host.Extend(2);
+  EXPECT_EQ(protocol.back(), '0');
+  EXPECT_EQ(CountOf(protocol, ChangeActiveDevices(TwoRecords(kPanelUid, kDviUid))), 1u) << protocol;
+  EXPECT_EQ(host.machine.Topology(), "extend internal+dvi");
 }
 
 TEST(IntelExtend, OffFallsBackToThePanelAlone) {

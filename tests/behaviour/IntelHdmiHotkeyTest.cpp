@@ -97,10 +97,18 @@ TEST(IntelHotkey, IsOffByDefault) {
   EXPECT_EQ(host.machine.Calls("SetupDiGetClassDevsA"), 0u);  // nothing further is looked at
 }
 
+// Monitors are asked for their names last, where the device is a listed one.
 TEST(IntelHotkey, NotForAnotherDevice) {
-  HotkeyHost host;
-  host.model().adapters[0].hardware_id = "PCI\\VEN_8086&DEV_0166&SUBSYS_397717AA&REV_09";
-  EXPECT_FALSE(host.Presses());
+  for (const bool listed : {true, false}) {
+    HotkeyHost host;
+    if (!listed) {
+      host.model().adapters[0].hardware_id = "PCI\\VEN_8086&DEV_0166&SUBSYS_397717AA&REV_09";
+    }
+    host.intel();
+    const uint32_t before = host.machine.Calls("SetupDiOpenDevRegKey");
+    EXPECT_EQ(host.Presses(), listed);
+    EXPECT_EQ(host.machine.Calls("SetupDiOpenDevRegKey") != before, listed);
+  }
 }
 
 TEST(IntelHotkey, EveryIntelDeviceMayCountAsListed) {
@@ -174,12 +182,16 @@ TEST(IntelHotkey, EveryMonitorMayCountAsListed) {
   EXPECT_TRUE(host.Presses());
 }
 
-TEST(IntelHotkey, WithoutMonitorNamesThereIsNone) {
+// Nor is the list of monitors read then: it is still to be had afterwards.
+TEST(IntelHotkey, WithoutMonitorNamesThereIsNoneAndNoListIsRead) {
   HotkeyHost host;
   for (sim::Connector& connector : host.model().connectors) {
     connector.monitor->edid = EdidBlock().bytes();
   }
   EXPECT_FALSE(host.Presses());
+  host.machine.Config(kSection, "HDMI Monitor 1", "Acme");
+  host.NameMonitor("Acme");
+  EXPECT_TRUE(host.Presses());
 }
 
 TEST(IntelHotkey, ConfiguredMonitorTakesThePlaceOfBothUsualOnes) {

@@ -6,6 +6,7 @@
 #include "tests/behaviour/IntelHost.h"
 #include "tests/support/EdidBlock.h"
 #include "tests/support/RaiseWatch.h"
+#include "tests/support/ScriptedCui.h"
 
 namespace {
 
@@ -175,6 +176,45 @@ TEST(IntelMMImpl, AnotherConnectorIsNoHdmiConnector) {
   EXPECT_FALSE(host.box().CanControlHDMIMonitor(&host.intel()));
 }
 
+// A driver whose adapter supports the connectors of a mask.
+class IntelConnectors : public testing::Test {
+ protected:
+  IntelConnectors() : host_(kPanelHdmi) {
+    cui_.get = [this](const GUID&, ScriptedCui::Bytes* block, uint32_t* err) {
+      *err = 0;
+      ScriptedCui::Put(block, 0, supported_);
+      return S_OK;
+    };
+    cui_.Install(&host_.machine);
+  }
+  bool ControlsHdmi(uint32_t supported) {
+    supported_ = supported;
+    return host_.box().CanControlHDMIMonitor(&host_.intel());
+  }
+  bool DrivesThree(uint32_t supported) {
+    supported_ = supported;
+    return host_.extension().SupportsTripleDisplay();
+  }
+
+  uint32_t supported_ = 0;
+  IntelHost host_;
+  ScriptedCui cui_;
+};
+
+TEST_F(IntelConnectors, HdmiIsEitherOfTwoBits) {
+  EXPECT_TRUE(ControlsHdmi(0x008));
+  EXPECT_TRUE(ControlsHdmi(0x100));
+  EXPECT_TRUE(ControlsHdmi(0x108));
+  EXPECT_FALSE(ControlsHdmi(0));
+  EXPECT_FALSE(ControlsHdmi(~uint32_t{0x108}));
+}
+
+TEST_F(IntelConnectors, ThreeDisplaysAreOneBit) {
+  EXPECT_TRUE(DrivesThree(0x200));
+  EXPECT_FALSE(DrivesThree(~uint32_t{0x200}));
+  EXPECT_FALSE(DrivesThree(0));
+}
+
 TEST(IntelMMImpl, NoObjectOrAnotherOneControlsNoHdmi) {
   IntelHost host(kPanelHdmi);
   EXPECT_FALSE(host.box().CanControlHDMIMonitor(nullptr));
@@ -300,6 +340,25 @@ TEST(IntelMMImplDisplays, FoundNothingIsASuccess) {
   EXPECT_EQ(host.Connected(), "0x0 (0)");
   EXPECT_EQ(host.Active(), "0x0 (0)");
   EXPECT_EQ(host.machine.TakeJournal(), "");
+}
+
+// A driver with these devices on its one display device.
+std::string ConnectedOf(const std::vector<ScriptedCui::Device>& devices) {
+  IntelHost host("win7 intel*1: internal 1366x768 active");
+  ScriptedCui cui;
+  cui.devices = devices;
+  cui.Install(&host.machine);
+  return host.Connected();
+}
+
+TEST(IntelMMImplDisplays, EitherBitOfTheStatusConnects) {
+  EXPECT_EQ(ConnectedOf({{1, 2, 0x02}, {2, 5, 0x10}, {3, 1, 0x12}}), "0x13 (3)");
+  EXPECT_EQ(ConnectedOf({{1, 2, 0x02}, {2, 5, 0xFFFFFFED}, {3, 1, 0}}), "0x1 (1)");
+}
+
+TEST(IntelMMImplDisplays, NoDeviceIsSkippedBehindADisplayToo) {
+  EXPECT_EQ(ConnectedOf({{1, 2, 0x12}, {2, 0, 0x12}}), "0x1 (1)");
+  EXPECT_EQ(ConnectedOf({{2, 0, 0x12}, {1, 2, 0x12}}), "0x1 (1)");
 }
 
 constexpr char kThreeAdapters[] =

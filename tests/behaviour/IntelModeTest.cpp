@@ -378,6 +378,15 @@ TEST(IntelMonitorEdid, NeedsAText) {
   EXPECT_FALSE(ReadMonitorEdid(&host, IMMonitor::MD_CRT).result);
 }
 
+// The search ends at the first text that can be read.
+TEST(IntelMonitorEdid, FirstReadableTextDecidesAndMayBeEmpty) {
+  IntelHost host(kPanelCrt);
+  SetCrtEdid(&host, EdidBlock().Text(72, 0xFC, "\n").Text(108, 0xFC, "Veld A1\n").Sum());
+  EXPECT_FALSE(ReadMonitorEdid(&host, IMMonitor::MD_CRT).result);
+  SetCrtEdid(&host, EdidBlock().Text(72, 0xFC, "thirteen char").Text(108, 0xFC, "Veld A1\n").Sum());
+  EXPECT_TRUE(ReadMonitorEdid(&host, IMMonitor::MD_CRT).result);
+}
+
 TEST(IntelMonitorEdid, DamagedBlockIsASuccess) {
   IntelHost host(kPanelCrt);
   SetCrtEdid(&host, EdidBlock().Spoil());

@@ -1,6 +1,7 @@
 // Whole arrangements in one call of the Intel driver: three displays, and clone in a resolution.
 #include <gtest/gtest.h>
 
+#include "sim/EdidMaker.h"
 #include "tests/behaviour/IntelHost.h"
 #include "tests/support/EdidBlock.h"
 #include "tests/support/ScriptedCui.h"
@@ -166,6 +167,22 @@ TEST(IntelTriple, MonitorWithoutAPreferredTimingGetsTheUsualSize) {
     EXPECT_NE(SetCalls(&host, kTripleClone, kHdmi | kCrt).find(Entry(kHdmiUid, "1024x768x32@60")),
               std::string::npos);
     EXPECT_EQ(host.TakeLog(), "");
+  }
+}
+
+TEST(IntelTriple, RefreshRateIsThatOfThePreferredTiming) {
+  for (const uint32_t rate : {75u, 50u}) {
+    IntelHost host(kThree);
+    sim::Monitor& crt = *host.model().connectors[2].monitor;
+    crt.modes.push_back({1024, 768, 32, rate});
+    crt.edid = sim::MakeEdid("Veld A1", {1024, 768, 32, rate});
+    EXPECT_EQ(
+        SetCalls(&host, kTripleExtend, kHdmi | kCrt),
+        Probe(3) +
+            SetNView("mode=5 probe=0 size=220 count=3" + Entry(kPanelUid, "1366x768x32@60") +
+                     Entry(kHdmiUid, "1920x1080x32@60", {1366, 3286, 0, 1080}) +
+                     Entry(kCrtUid, "1024x768x32@" + std::to_string(rate), {3286, 4310, 0, 768})) +
+            "1");
   }
 }
 
@@ -383,6 +400,15 @@ TEST_F(IntelCloneWithResolution, DevicesAreThoseListedLast) {
   cui_.given.clear();
   EXPECT_TRUE(host_.box().ExOf(&host_.intel())->SetDisplayModeWithSettings(2, kCrt, &dm_));
   EXPECT_EQ(ScriptedCui::Get(cui_.given.at(1), 16), 0u);  // nobody has listed any
+}
+
+TEST_F(IntelCloneWithResolution, GetMonitorEdidListsThem) {
+  LetModeBeRead();
+  EdidBlob ignored;
+  host_.box().GetMonitorEDID(&host_.intel(), kCrt, &ignored);
+  cui_.given.clear();
+  EXPECT_TRUE(host_.box().ExOf(&host_.intel())->SetDisplayModeWithSettings(2, kCrt, &dm_));
+  EXPECT_EQ(ScriptedCui::Get(cui_.given.at(1), 16), 0x502u);
 }
 
 TEST_F(IntelCloneWithResolution, OtherModesAreRefusedAtOnce) {

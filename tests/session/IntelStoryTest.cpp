@@ -200,6 +200,20 @@ TEST_F(IntelThree, PressToTripleClone) {
   EXPECT_EQ(Highlighted(), "3Clone_DSub_HDMI.png");
 }
 
+// The damaged EDID ends the switch, and nothing else.
+TEST_F(IntelThree, PressToTripleWithADamagedEdidLeavesTheNextPress) {
+  machine->Config("Settings:Intel", "Support Aspect Ratio Workaround", 1);
+  machine->Config("Settings", "Restore Display Settings After Switch", 0);
+  StartProcess();
+  ++machine->model().connectors[2].monitor->edid.at(127);
+  Choose("3Extend_DSub_HDMI.png");
+  EXPECT_EQ(machine->Topology(), "single internal");
+  const std::string restored = "ICUIExternal8::SetAspectScaling(uid=0x1000 setting=2 err=0)=0\n";
+  EXPECT_EQ(TakeDriverCalls(), probe + restored);
+  Choose("CRT.png");
+  EXPECT_EQ(machine->Topology(), "single crt");
+}
+
 TEST_F(IntelStory, AdapterForTwoOffersNoTriple) {
   OnIntel("win7 intel: internal 1366x768 active, crt 1280x1024, hdmi 1920x1080");
   StartProcess();

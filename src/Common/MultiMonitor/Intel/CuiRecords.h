@@ -19,6 +19,7 @@ struct CuiNViewHead {
   uint32_t display_count;
 };
 static_assert(sizeof(CuiNViewHead) == 16, "as the driver has it");
+static_assert(offsetof(CuiNViewHead, operating_mode) == 0, "as the driver has it");
 static_assert(offsetof(CuiNViewHead, probe) == 4, "as the driver has it");
 static_assert(offsetof(CuiNViewHead, size) == 8, "as the driver has it");
 static_assert(offsetof(CuiNViewHead, display_count) == 12, "as the driver has it");
@@ -46,12 +47,15 @@ static_assert(offsetof(CuiNViewEntry, width) == 4, "as the driver has it");
 static_assert(offsetof(CuiNViewEntry, height) == 8, "as the driver has it");
 static_assert(offsetof(CuiNViewEntry, refresh_rate) == 12, "as the driver has it");
 static_assert(offsetof(CuiNViewEntry, bits_per_pixel) == 16, "as the driver has it");
+static_assert(offsetof(CuiNViewEntry, unused_20) == 20, "as the driver has it");
 static_assert(offsetof(CuiNViewEntry, left) == 32, "as the driver has it");
 static_assert(offsetof(CuiNViewEntry, right) == 36, "as the driver has it");
 static_assert(offsetof(CuiNViewEntry, top) == 40, "as the driver has it");
 static_assert(offsetof(CuiNViewEntry, bottom) == 44, "as the driver has it");
+static_assert(offsetof(CuiNViewEntry, unused_48) == 48, "as the driver has it");
 static_assert(offsetof(CuiNViewEntry, orientation) == 56, "as the driver has it");
 static_assert(offsetof(CuiNViewEntry, scaling) == 60, "as the driver has it");
+static_assert(offsetof(CuiNViewEntry, unused_64) == 64, "as the driver has it");
 
 /// A head and one entry.
 constexpr uint32_t kCuiSmallestNView = sizeof(CuiNViewHead) + sizeof(CuiNViewEntry);
@@ -69,12 +73,14 @@ struct CuiActiveDevices {
   uint32_t unused_104[4];
 };
 static_assert(sizeof(CuiActiveDevices) == 120, "as the driver has it");
+static_assert(offsetof(CuiActiveDevices, size) == 0, "as the driver has it");
 static_assert(offsetof(CuiActiveDevices, device_name) == 4, "as the driver has it");
 static_assert(offsetof(CuiActiveDevices, operating_mode) == 84, "as the driver has it");
 static_assert(offsetof(CuiActiveDevices, primary_uid) == 88, "as the driver has it");
 static_assert(offsetof(CuiActiveDevices, display_count) == 92, "as the driver has it");
 static_assert(offsetof(CuiActiveDevices, first_uid) == 96, "as the driver has it");
 static_assert(offsetof(CuiActiveDevices, second_uid) == 100, "as the driver has it");
+static_assert(offsetof(CuiActiveDevices, unused_104) == 104, "as the driver has it");
 
 constexpr uint32_t kCuiEdidLength = 256;
 
@@ -86,7 +92,9 @@ struct CuiEdidBlock {
   uint8_t edid[kCuiEdidLength];
 };
 static_assert(sizeof(CuiEdidBlock) == 268, "as the driver has it");
+static_assert(offsetof(CuiEdidBlock, uid) == 0, "as the driver has it");
 static_assert(offsetof(CuiEdidBlock, length) == 4, "as the driver has it");
+static_assert(offsetof(CuiEdidBlock, reserved) == 8, "as the driver has it");
 static_assert(offsetof(CuiEdidBlock, edid) == 12, "as the driver has it");
 
 /// Masks of the adapter's connectors, in the driver's own bits.
@@ -96,6 +104,7 @@ struct CuiConnectors {
   uint32_t dwConnectorDispActive;
 };
 static_assert(sizeof(CuiConnectors) == 12, "as the driver has it");
+static_assert(offsetof(CuiConnectors, dwConnectorSupported) == 0, "as the driver has it");
 static_assert(offsetof(CuiConnectors, dwConnectorDispAttached) == 4, "as the driver has it");
 static_assert(offsetof(CuiConnectors, dwConnectorDispActive) == 8, "as the driver has it");
 

