@@ -65,7 +65,9 @@ HRESULT ComRegistrations::Register(const ComClass& com_class) {
   if (!initialised_) initialised_ = SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
   auto* const class_object = new ClassObject(com_class.create);
   DWORD cookie = 0;
-  const HRESULT result = CoRegisterClassObject(com_class.id, class_object, CLSCTX_LOCAL_SERVER,
+  // Within the process only: a local server listens under the name of its class, which all
+  // processes of a desktop share, and tests that run side by side would answer each other.
+  const HRESULT result = CoRegisterClassObject(com_class.id, class_object, CLSCTX_INPROC_SERVER,
                                                REGCLS_MULTIPLEUSE, &cookie);
   class_object->Release();  // COM has its own reference
   if (SUCCEEDED(result)) registrations_.push_back({com_class.id, com_class.create, cookie});
@@ -74,9 +76,10 @@ HRESULT ComRegistrations::Register(const ComClass& com_class) {
 
 HRESULT ComRegistrations::CreateInstance(const ComClass& com_class, IUnknown* outer, DWORD context,
                                          REFIID interface_id, void** object) {
+  if ((com_class.contexts & context) == 0) return REGDB_E_CLASSNOTREG;
   const HRESULT result = Register(com_class);
   if (FAILED(result)) return result;
-  return CoCreateInstance(com_class.id, outer, context, interface_id, object);
+  return CoCreateInstance(com_class.id, outer, CLSCTX_INPROC_SERVER, interface_id, object);
 }
 
 }  // namespace sim

@@ -1,8 +1,8 @@
 // The programming interface of the Intel graphics driver: the COM class "IgfxExt.CUIExternal" with
 // the interface ICUIExternal8, over the one machine model. It is there when an Intel adapter is,
 // unless the machine says that it is not installed (Adapter::vendor_library). It is a COM object of
-// a class that this process registers for a local server, so that COM's own CoCreateInstance finds
-// it; the registration ends with the machine.
+// a class that this process registers, so that COM's own CoCreateInstance finds it; the
+// registration ends with the machine.
 //
 // Its operations count and fail under names of their own:
 //   machine.Fail("ICUIExternal8::ChangeActiveDevices", 1);              // E_FAIL

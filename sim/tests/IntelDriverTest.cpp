@@ -64,14 +64,15 @@ TEST(IntelDriver, ObjectIsMadeByComItself) {
     const Machine machine(kTwo);
     const DriverClient driver;
     EXPECT_EQ(
-        CoCreateInstance(kDriverClass, nullptr, CLSCTX_LOCAL_SERVER, kDriverInterface, &object),
+        CoCreateInstance(kDriverClass, nullptr, CLSCTX_INPROC_SERVER, kDriverInterface, &object),
         S_OK);
     EXPECT_EQ(object, driver.object());
     EXPECT_EQ(IntelDriverReferences(machine), 2u);
   }
   ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
-  EXPECT_EQ(CoCreateInstance(kDriverClass, nullptr, CLSCTX_LOCAL_SERVER, kDriverInterface, &object),
-            REGDB_E_CLASSNOTREG);
+  EXPECT_EQ(
+      CoCreateInstance(kDriverClass, nullptr, CLSCTX_INPROC_SERVER, kDriverInterface, &object),
+      REGDB_E_CLASSNOTREG);
   CoUninitialize();
 }
 
@@ -79,7 +80,7 @@ TEST(IntelDriver, ClassObjectMakesNoPartOfAnotherObject) {
   const Machine machine(kTwo);
   const DriverClient driver;
   IClassFactory* factory = nullptr;
-  ASSERT_EQ(CoGetClassObject(kDriverClass, CLSCTX_LOCAL_SERVER, nullptr, IID_IClassFactory,
+  ASSERT_EQ(CoGetClassObject(kDriverClass, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
                              reinterpret_cast<void**>(&factory)),
             S_OK);
   void* object = &factory;
