@@ -51,6 +51,9 @@ struct Adapter {
   uint32_t sources = 2;  // how many desktops it can scan out: one \\.\DISPLAYn each
   uint32_t luid_low = 0;
   int32_t luid_high = 0;
+  // What NVIDIA's driver says of a notebook with two adapters.
+  uint32_t nvidia_coproc_status = 0;           // 0: the outputs hang on this adapter alone
+  std::optional<uint32_t> nvidia_hybrid_mode;  // which adapter leads; absent: it does not tell
 };
 
 /// A monitor or panel that hangs on a connector.
@@ -72,6 +75,10 @@ struct Connector {
   bool forced = false;  // DISPLAYCONFIG_TARGET_FORCED_AVAILABILITY_PATH is set on its paths
   bool boot_persistent =
       false;  // DISPLAYCONFIG_TARGET_FORCED_AVAILABILITY_BOOT: told to stay from boot to boot
+  // On NVIDIA's adapters: the output's mask (one bit; 0: the driver's own choice by its place) and
+  // the type of the plug as the driver names it (absent: the one that goes with the technology).
+  uint32_t nvidia_output = 0;
+  std::optional<uint32_t> nvidia_connector_type;
 };
 
 /// What CDS_NORESET stored for a display device and the next commit takes up.

@@ -3,6 +3,7 @@
 extern "C" __declspec(dllexport) const WhiteBox* Ostrel_WhiteBox() {
   static const WhiteBox box = {GetFoundationBox(), GetCoreBox(),       GetFactoryBox(),
                                GetSessionBox(),    GetIdentityBox(),   GetPolicyBox(),
-                               GetProjectorBox(),  GetWorkaroundBox(), GetIntelBox()};
+                               GetProjectorBox(),  GetWorkaroundBox(), GetIntelBox(),
+                               GetNvidiaBox(),     GetHybridBox()};
   return &box;
 }

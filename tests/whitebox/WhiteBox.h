@@ -6,8 +6,10 @@
 #include "tests/whitebox/CoreBox.h"
 #include "tests/whitebox/FactoryBox.h"
 #include "tests/whitebox/FoundationBox.h"
+#include "tests/whitebox/HybridBox.h"
 #include "tests/whitebox/IdentityBox.h"
 #include "tests/whitebox/IntelBox.h"
+#include "tests/whitebox/NvidiaBox.h"
 #include "tests/whitebox/PolicyBox.h"
 #include "tests/whitebox/ProjectorBox.h"
 #include "tests/whitebox/SessionBox.h"
@@ -23,6 +25,8 @@ struct WhiteBox {
   const ProjectorBox* projectors;
   const WorkaroundBox* workarounds;
   const IntelBox* intel;
+  const NvidiaBox* nvidia;
+  const HybridBox* hybrid;
 };
 
 /// The white-box build's one export more, "Ostrel_WhiteBox".

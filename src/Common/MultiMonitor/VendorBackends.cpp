@@ -1,9 +1,10 @@
 #include "Common/MultiMonitor/VendorBackends.h"
 
+#include "Common/MultiMonitor/Hybrid/HybridController.h"
 #include "Common/MultiMonitor/Intel/IntelMMImpl.h"
+#include "Common/MultiMonitor/Nvidia/NvApi.h"
+#include "Common/MultiMonitor/Nvidia/NvidiaMMImplV3CrossAdapter.h"
 #include "Common/MultiMonitor/PhysicalMonitorByDisplayLibrary.h"
-
-#include <memory>
 
 IMMonitor* NewIntelMMImpl() { return new IntelMMImpl(); }
 bool CanControlHDMIMonitor(IMMonitor* intel) {
@@ -20,20 +21,28 @@ bool AdlLibraryQualifies() { return false; }
 IMMonitor* NewSisMMImpl() { return nullptr; }
 IMMonitor* NewViaMMImpl() { return nullptr; }
 
-// No NVIDIA back-ends yet: a machine that needs one has none, and NVAPI is not asked.
+// The control-panel library's back-end does not exist yet: a machine that needs it has none.
 IMMonitor* NewNvidiaMMImpl() { return nullptr; }
-IMMonitor* NewNvidiaMMImplV2() { return nullptr; }
-IMMonitor* NewNvidiaMMImplV3() { return nullptr; }
-IMMonitor* NewNvidiaMMImplV3CrossAdapter() { return nullptr; }
-IMMonitor* AsNvidiaMMImplV3(IMMonitor* /*monitor*/) { return nullptr; }
-bool CouldManageMultipleDisplay(IMMonitor* /*nv*/) { return false; }
-bool QueryNvidiaAdapterMode(IMMonitor* /*nv*/, uint32_t* /*value*/) { return false; }
 
-// No controller for two adapters yet: a machine that needs it has none.
+IMMonitor* NewNvidiaMMImplV2() { return new NvidiaMMImplV2(); }
+IMMonitor* NewNvidiaMMImplV3() { return new NvidiaMMImplV3(new Win7CCDApi()); }
+IMMonitor* NewNvidiaMMImplV3CrossAdapter() {
+  return new NvidiaMMImplV3CrossAdapter(new Win7CCDApi());
+}
+IMMonitor* AsNvidiaMMImplV3(IMMonitor* monitor) { return dynamic_cast<NvidiaMMImplV3*>(monitor); }
+bool CouldManageMultipleDisplay(IMMonitor* nv) {
+  auto* const object = dynamic_cast<NvidiaMMImplV2*>(nv);
+  return object != nullptr && object->CouldManageMultipleDisplay();
+}
+bool QueryNvidiaAdapterMode(IMMonitor* /*nv*/, uint32_t* value) {
+  uint32_t answer = *value;
+  if (NvApi::Get().GetHybridMode(&answer) != NVAPI_OK) return false;
+  *value = answer;
+  return true;
+}
+
 IMMonitor* NewHybridController(IMMonitor* first, IMMonitor* cross_adapter) {
-  const std::unique_ptr<IMMonitor> owned_first(first);
-  const std::unique_ptr<IMMonitor> owned_cross_adapter(cross_adapter);
-  return nullptr;
+  return new HybridController(first, cross_adapter);
 }
 
 // No DisplayLink support yet: its service counts as absent, so that nothing below is asked for.

@@ -1,0 +1,32 @@
+// NVIDIA graphics of a notebook whose panel and analogue output hang on the Intel adapter: both are
+// named to NVIDIA's driver as displays of another adapter.
+#pragma once
+
+#include <cstdint>
+
+#include "Common/MultiMonitor/Nvidia/NvidiaMMImplV3.h"
+
+class NvidiaMMImplV3CrossAdapter : public NvidiaMMImplV3 {
+ public:
+  explicit NvidiaMMImplV3CrossAdapter(Win7CCDApi* ccd);
+
+  BOOL GetCurrentDisplayMode(uint32_t* imm_mode, uint32_t* imm_displays) override;
+  BOOL ShouldResetDisplaySettingAfterSwtich() override;
+
+  BOOL ApplyDisplayMode(uint32_t mode, uint32_t displays,
+                        const NvidiaModeSettings* settings) override;
+  BOOL ApplyExtendModeOnDisplay(uint32_t external_display) override;
+  void SetTargetOfDisplay(uint32_t imm_display, NV_DISPLAYCONFIG_PATH_TARGET_INFO* target) override;
+  void SetPathAdapter(uint32_t imm_display, NV_DISPLAYCONFIG_PATH_INFO* path_info) override;
+  void FillSourceModes(uint32_t mode, uint32_t primary, uint32_t secondary,
+                       NV_DISPLAYCONFIG_PATH_INFO* path_info) override;
+  bool IsCrossAdapterCapable() override { return true; }
+
+  /// Writes a clone group of the panel and the HDMI or DisplayPort display; with none of the panel,
+  /// HDMI and DisplayPort in `displays` removes every group.
+  /// @return the truth of the write; with nothing to remove 1, with groups that cannot be read 0
+  BOOL ApplyCrossAdapterClone(uint32_t displays);
+
+ private:
+  uint32_t should_reset_display_settings_after_switch_ = 1;
+};
