@@ -13,6 +13,7 @@
 #include "sim/ShortForm.h"
 #include "sim/Topology.h"
 #include "sim/faces/IntelDriver.h"
+#include "sim/faces/NvidiaDriver.h"
 
 namespace sim {
 namespace {
@@ -83,6 +84,7 @@ void FlushProfile(const std::wstring& path) {
 
 bool IsSimulated(const Machine::State& state, const std::string& function) {
   if (FindEntryByName(function) != nullptr || IsIntelDriverOperation(function)) return true;
+  if (IsNvidiaFunction(function)) return true;
   for (const auto& [name, module] : state.invented) {
     const auto& entries = module.entries;
     const auto same = [&](const Entry& entry) { return function == entry.name; };
@@ -100,6 +102,7 @@ size_t ConnectorNamed(const Model& model, const std::string& id) {
 std::unique_ptr<Machine::State> NewState(Model model) {
   auto state = std::make_unique<Machine::State>();
   state->model = std::move(model);
+  state->invented.emplace(kNvidiaLibrary, NvidiaLibrary());
   state->root = NewRoot();
   state->host.folder = state->root + L"\\host";
   state->host.temp_folder = state->root + L"\\temp";

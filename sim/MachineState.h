@@ -37,6 +37,7 @@ struct InventedModule {
   uint32_t references = 0;
   void (*on_load)() = nullptr;
   void (*on_unload)() = nullptr;
+  bool (*available)(const Model&) = nullptr;  // whether this machine has it; null: always
 };
 
 /// A window class that the DLL registered and that must not outlive it.
