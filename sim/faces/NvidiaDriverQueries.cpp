@@ -58,7 +58,7 @@ bool EdidHasHdmi(const std::vector<uint8_t>& edid) {
   return false;
 }
 
-// A television says so in its EDID. A monitor whose EDID is silent counts by its plug.
+// By its EDID, or by the plug that it hangs on.
 bool IsHdmiMonitor(const Connector& connector) {
   if (!connector.monitor) return false;
   return EdidHasHdmi(connector.monitor->edid) || IsHdmiType(NvConnectorType(connector));

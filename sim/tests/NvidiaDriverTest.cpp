@@ -253,6 +253,35 @@ TEST(NvidiaDriver, ConnectorTypeGoesWithTheTechnologyUnlessTold) {
   EXPECT_EQ(record.At(12), 0u);
 }
 
+TEST(NvidiaDriver, PlugsOfEveryTechnologyHaveATypeAndARange) {
+  struct Row {
+    uint32_t technology, type, output;
+  };
+  constexpr Row kRows[] = {{0x80000000, 64, 0x10000},
+                           {6, 64, 0x10000},
+                           {11, 71, 0x10000},
+                           {13, 64, 0x10000},
+                           {0, 0, 0x1},
+                           {1, 17, 0x100},
+                           {2, 16, 0x100},
+                           {3, 19, 0x100},
+                           {4, 49, 0x20000},
+                           {5, 97, 0x20000},
+                           {10, 70, 0x20000},
+                           {15, 112, 0x20000},
+                           {8, 0xFFFFFFFF, 0x20000},
+                           {9, 0xFFFFFFFF, 0x20000}};
+  Machine machine("win7 nvidia: internal 1366x768 active");
+  const NvClient driver;
+  for (const Row& row : kRows) {
+    machine.model().connectors[0].technology = row.technology;
+    Record record(44, 0x1002C);
+    EXPECT_EQ(driver.Outputs(kAllOutputsId, driver.Gpu()), row.output) << row.technology;
+    EXPECT_EQ(driver.Ask(kConnectorInfoId, driver.Gpu(), row.output, record.data()), 0);
+    EXPECT_EQ(record.At(12), row.type) << row.technology;
+  }
+}
+
 TEST(NvidiaDriver, DisplayIdsLeadThereAndBack) {
   Machine machine("win7 nvidia, nvidia: internal 1366x768 active, hdmi 800x600, dp@2 800x600");
   const NvClient driver;

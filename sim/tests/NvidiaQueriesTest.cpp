@@ -55,33 +55,56 @@ TEST(NvidiaDriver, EdidNeedsOneOutputWithAMonitorThatSendsIt) {
 
 // A CTA extension with HDMI's vendor block makes an HDMI monitor on any plug, an HDMI plug on any
 // monitor.
-TEST(NvidiaDriver, HdmiMonitorIsToldByItsEdidOrByThePlug) {
+/// What the driver says of HDMI: bit 0 of the GPU, bit 7 of the monitor; or the failure.
+int64_t HdmiSupport(const NvClient& driver, void* handle, uint32_t id) {
+  Record record(12, 0x1000C);
+  const int32_t result = driver.Ask(kHdmiId, handle, id, record.data());
+  return result != 0 ? result : int64_t{record.At(4)};
+}
+
+TEST(NvidiaDriver, HdmiSupportIsAskedByHandleOrById) {
   Machine machine("win7 nvidia: internal 1366x768 active, dvi 1280x1024, hdmi 1920x1080, dp");
+  const Model& model = machine.model();
+  const NvClient driver;
+  EXPECT_EQ(HdmiSupport(driver, driver.Display(), NvOutputOf(model, "hdmi")), 0x81);
+  EXPECT_EQ(HdmiSupport(driver, driver.Display(), 0), 0x01);  // its own output, the panel
+  EXPECT_EQ(HdmiSupport(driver, nullptr, NvDisplayIdOf(model, "hdmi")), 0x81);
+  EXPECT_EQ(HdmiSupport(driver, nullptr, NvOutputOf(model, "hdmi")), 0x81);
+  EXPECT_EQ(HdmiSupport(driver, nullptr, NvOutputOf(model, "dp")), 0x01);
+  EXPECT_EQ(HdmiSupport(driver, nullptr, 0), -5);
+  EXPECT_EQ(HdmiSupport(driver, driver.Display(), NvDisplayIdOf(model, "hdmi")), -5);
+  EXPECT_EQ(HdmiSupport(driver, driver.Gpu(), NvOutputOf(model, "hdmi")), -8);
+  Record newer(12, 0x2000C);
+  EXPECT_EQ(driver.Ask(kHdmiId, nullptr, NvOutputOf(model, "hdmi"), newer.data()), 0);
+  EXPECT_EQ(newer.At(4), 0x81u);
+  const Machine without("win7 nvidia: internal 1366x768 active");
+  const NvClient other;
+  EXPECT_EQ(HdmiSupport(other, other.Display(), 0), 0x00);
+}
+
+// A CTA extension with HDMI's vendor block makes an HDMI monitor on any plug, an HDMI plug on any
+// monitor.
+TEST(NvidiaDriver, HdmiMonitorIsToldByItsEdidOrByThePlug) {
+  Machine machine("win7 nvidia: internal 1366x768 active, dvi 1280x1024, hdmi 1920x1080");
   Model& model = machine.model();
   const NvClient driver;
-  const auto support = [&driver](void* handle, uint32_t id) {
-    Record record(12, 0x1000C);
-    const int32_t result = driver.Ask(kHdmiId, handle, id, record.data());
-    return result != 0 ? std::to_string(result) : record.At(4) == 0x81 ? "hdmi" : "other";
-  };
-  EXPECT_EQ(support(driver.Display(), NvOutputOf(model, "hdmi")), "hdmi");
-  EXPECT_EQ(support(driver.Display(), 0), "other");  // the display's own output, the panel
-  EXPECT_EQ(support(nullptr, NvDisplayIdOf(model, "hdmi")), "hdmi");
-  EXPECT_EQ(support(nullptr, NvOutputOf(model, "dvi")), "other");
-  EXPECT_EQ(support(nullptr, NvOutputOf(model, "dp")), "other");
-  EXPECT_EQ(support(nullptr, 0), "-5");
-  EXPECT_EQ(support(driver.Gpu(), NvOutputOf(model, "hdmi")), "-8");
-
+  const uint32_t dvi = NvOutputOf(model, "dvi");
+  EXPECT_EQ(HdmiSupport(driver, nullptr, dvi), 0x01);
   std::vector<uint8_t>& edid = model.connectors[*FindConnector(model, "dvi")].monitor->edid;
   edid.resize(256, 0);
   const uint8_t cta[] = {2, 3, 16, 0, 0x42, 0x10, 0x1F, 0x65, 0x03, 0x0C, 0x00, 0x10, 0x00};
   std::copy(std::begin(cta), std::end(cta), edid.begin() + 128);
-  EXPECT_EQ(support(nullptr, NvOutputOf(model, "dvi")), "hdmi");
+  EXPECT_EQ(HdmiSupport(driver, nullptr, dvi), 0x81);
   edid[128 + 9] = 0x0D;  // another vendor's
-  EXPECT_EQ(support(nullptr, NvOutputOf(model, "dvi")), "other");
+  EXPECT_EQ(HdmiSupport(driver, nullptr, dvi), 0x01);
   edid[128 + 9] = 0x0C;
+  edid[128 + 7] = 0x45;  // another kind of block
+  EXPECT_EQ(HdmiSupport(driver, nullptr, dvi), 0x01);
+  edid[128 + 7] = 0x65;
   edid[128] = 3;  // another kind of extension
-  EXPECT_EQ(support(nullptr, NvOutputOf(model, "dvi")), "other");
+  EXPECT_EQ(HdmiSupport(driver, nullptr, dvi), 0x01);
+  machine.Unplug("hdmi");
+  EXPECT_EQ(HdmiSupport(driver, nullptr, NvOutputOf(model, "hdmi")), 0x01);
 }
 
 TEST(NvidiaDriver, DisplaySettingsTellEveryOutputOfADisplay) {

@@ -105,8 +105,10 @@ TEST(NvidiaV2Active, AsksTheCurrentGpu) {
 }
 
 TEST(NvidiaV2Active, NoneLeavesTheOutputsAndIsASuccess) {
-  NvidiaHost host("win7 nvidia, intel: crt 1024x768, internal@2 1366x768 active");
+  NvidiaHost host("win7 nvidia, intel: crt 1024x768, internal@2 1366x768 active", kChecked);
+  host.Forget();
   EXPECT_EQ(host.Active(), "0xee (238)");
+  EXPECT_EQ(host.TakeLog(), "");
 }
 
 TEST(NvidiaV2Active, RefusalIsAFailure) {

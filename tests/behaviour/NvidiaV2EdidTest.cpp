@@ -1,6 +1,9 @@
 // The EDID of a display, for the library itself and for its extension.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
+#include "sim/MachineState.h"
 #include "tests/support/NvidiaHost.h"
 
 namespace {
@@ -68,6 +71,31 @@ TEST(NvidiaV2Edid, CoursesOfBothReads) {
             "NvAPI_GetPhysicalGPUsFromDisplay(handle=1)=0\n"
             "NvAPI_GPU_GetConnectedOutputs(gpu=0)=0\n"
             "NvAPI_GPU_GetEDID(gpu=0 output=0x20000)=0\n");
+}
+
+// A driver whose EDID function keeps the record that it is asked with.
+void* (*g_driver)(uint32_t id) = nullptr;
+NV_EDID g_asked;
+
+int32_t KeepsTheRecord(NvPhysicalGpuHandle, uint32_t, NV_EDID* record) {
+  g_asked = *record;
+  return -1;
+}
+void* QueryWithKeeper(uint32_t id) {
+  return id == 0x37D32E69 ? reinterpret_cast<void*>(KeepsTheRecord) : g_driver(id);
+}
+
+TEST(NvidiaV2Edid, RecordHasItsVersionWordItsSizeAndNothingElse) {
+  NvidiaHost host(kMachine);
+  sim::Entry& entry = host.machine.state().invented.at(sim::kNvidiaLibrary).entries.at(0);
+  g_driver = reinterpret_cast<void* (*)(uint32_t)>(entry.function);
+  entry.function = reinterpret_cast<void*>(QueryWithKeeper);
+  host.Connected();
+  EXPECT_EQ(ReadEdid(&host, false, kHdmi, "hdmi"), "failed");
+  NV_EDID expected = {};
+  expected.version = 0x30110;
+  expected.sizeofEDID = 272;
+  EXPECT_EQ(std::memcmp(&g_asked, &expected, sizeof(expected)), 0);
 }
 
 TEST(NvidiaV2Edid, EachRefusalIsAFailureWithoutALogLine) {

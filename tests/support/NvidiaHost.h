@@ -74,12 +74,14 @@ struct NvidiaHost : CoreHost {
   std::string Connected() {
     uint32_t displays = 0xEE;
     uint32_t count = 0xEE;
-    return Report(nv().GetConnectedDisplays(&displays, &count), displays, count);
+    const BOOL known = nv().GetConnectedDisplays(&displays, &count);
+    return Report(known, displays, count);
   }
   std::string Active() {
     uint32_t displays = 0xEE;
     uint32_t count = 0xEE;
-    return Report(nv().GetActiveDisplays(&displays, &count), displays, count);
+    const BOOL known = nv().GetActiveDisplays(&displays, &count);
+    return Report(known, displays, count);
   }
   /// "2 0x11", or "failed 0xee 0xee"; both numbers are 0xee before the call.
   std::string Mode() {

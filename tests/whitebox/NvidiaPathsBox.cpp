@@ -21,6 +21,19 @@ class IncapableCrossAdapter final : public NvidiaMMImplV3CrossAdapter {
   bool IsCrossAdapterCapable() override { return false; }
 };
 
+class TellingCrossAdapter final : public NvidiaMMImplV3CrossAdapter {
+ public:
+  TellingCrossAdapter(Win7CCDApi* ccd, std::vector<BOOL>* enables)
+      : NvidiaMMImplV3CrossAdapter(ccd), enables_(enables) {}
+  BOOL EnableExtendMode(BOOL enable) override {
+    enables_->push_back(enable);
+    return NvidiaMMImplV3CrossAdapter::EnableExtendMode(enable);
+  }
+
+ private:
+  std::vector<BOOL>* const enables_;
+};
+
 NvidiaMMImplV3* NewV3() { return new NvidiaMMImplV3(new Win7CCDApi()); }
 NvidiaMMImplV3* NewV3WithoutApi() { return new NvidiaMMImplV3(nullptr); }
 NvidiaMMImplV3CrossAdapter* NewCrossAdapter() {
@@ -30,9 +43,24 @@ NvidiaMMImplV3CrossAdapter* NewIncapableCrossAdapter() {
   return new IncapableCrossAdapter(new Win7CCDApi());
 }
 
+NvidiaMMImplV3CrossAdapter* NewTellingCrossAdapter(std::vector<BOOL>* enables) {
+  return new TellingCrossAdapter(new Win7CCDApi(), enables);
+}
+
+LONG WINAPI QueryNothing(UINT32, UINT32* path_count, DISPLAYCONFIG_PATH_INFO*, UINT32* mode_count,
+                         DISPLAYCONFIG_MODE_INFO*, DISPLAYCONFIG_TOPOLOGY_ID*) {
+  *path_count = 0;
+  *mode_count = 0;
+  return ERROR_SUCCESS;
+}
 std::unique_ptr<Win7CCDApi> ApiFrom(const char* file_name) {
   if (file_name == nullptr) return nullptr;
   auto api = std::make_unique<Win7CCDApi>();
+  if (std::strcmp(file_name, kApiWithoutPaths) == 0) {
+    api->Load("User32.dll");
+    api->QueryDisplayConfig = QueryNothing;
+    return api;
+  }
   if (*file_name != '\0') api->Load(file_name);
   return api;
 }
@@ -84,6 +112,7 @@ constexpr NvidiaPathsBox kBox = {
     NewV3WithoutApi,
     NewCrossAdapter,
     NewIncapableCrossAdapter,
+    NewTellingCrossAdapter,
     OnNvidia,
     TargetId,
     NotebookAdapterId,

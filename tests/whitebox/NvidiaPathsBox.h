@@ -4,8 +4,12 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "Common/MultiMonitor/Nvidia/NvidiaMMImplV3CrossAdapter.h"
+
+/// In a file name's place: an API that is loaded and knows no path.
+constexpr char kApiWithoutPaths[] = "no paths";
 
 struct NvidiaPathsBox {
   // --- Makers; none is initialised.
@@ -14,6 +18,8 @@ struct NvidiaPathsBox {
   NvidiaMMImplV3CrossAdapter* (*NewCrossAdapter)();
   /// A derived one that says that it is none.
   NvidiaMMImplV3CrossAdapter* (*NewIncapableCrossAdapter)();
+  /// A derived one that writes down what its EnableExtendMode is asked.
+  NvidiaMMImplV3CrossAdapter* (*NewTellingCrossAdapter)(std::vector<BOOL>* enables);
 
   // --- What display paths tell, by an API that is loaded from `file_name` for the call; with ""
   // not loaded; with null there is none.
