@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "sim/faces/NvidiaDriverRules.h"
+
 namespace sim {
 namespace {
 
@@ -23,6 +25,16 @@ bool IsLarger(const DisplayMode& candidate, const DisplayMode& current) {
   if (a != b) return a > b;
   if (candidate.bits != current.bits) return candidate.bits > current.bits;
   return IsBetterFrequency(candidate.frequency, current.frequency);
+}
+
+// NVIDIA's driver shows another adapter's picture on it, which no path tells.
+bool IsInCloneGroup(const Model& model, size_t connector) {
+  for (const NvidiaCloneGroup& group : model.nvidia_clone_groups) {
+    for (const NvidiaCloneItem& item : group) {
+      if (NvCloneConnector(model, item) == connector) return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace
@@ -148,14 +160,16 @@ std::optional<size_t> ConnectorForSource(const Model& model, const std::vector<P
     }
     return count;
   };
+  std::optional<size_t> grouped;
   std::optional<size_t> shared;
   for (size_t i = 0; i < model.connectors.size(); ++i) {
     if (model.connectors[i].adapter != adapter || !IsAvailable(model, i)) continue;
     const size_t count = users(i);
-    if (count == 0) return i;
+    if (count == 0 && !IsInCloneGroup(model, i)) return i;
+    if (count == 0 && !grouped) grouped = i;
     if (count > 1) shared = i;
   }
-  return shared;
+  return grouped ? grouped : shared;
 }
 
 std::vector<DisplayMode> ModesOfSource(const Model& model, size_t source) {

@@ -86,7 +86,8 @@ void RememberCurrent(Model& model);
 // --- Attaching and detaching single display devices, as ChangeDisplaySettingsEx sees them.
 
 /// The connector that the source would take if it were attached: a connected one of its adapter
-/// that shows nothing, else one that another source shows besides others.
+/// that shows nothing, else one that is in a clone group of NVIDIA's driver only, else one that
+/// another source shows besides others.
 std::optional<size_t> ConnectorForSource(const Model& model, const std::vector<Path>& paths,
                                          size_t source);
 /// The modes that a display device lists: those of its connectors, or of the one it would take.

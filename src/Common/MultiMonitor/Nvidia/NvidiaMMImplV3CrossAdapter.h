@@ -30,7 +30,7 @@ class NvidiaMMImplV3CrossAdapter : public NvidiaMMImplV3 {
   /// HDMI and DisplayPort in `displays` removes every group.
   /// @return the truth of the write; with nothing to remove 1, with groups that cannot be read 0
   /// @throws std::runtime_error below Windows 7
-  BOOL ApplyCrossAdapterClone(uint32_t displays);
+  virtual BOOL ApplyCrossAdapterClone(uint32_t displays);
 
   /// Reads the native size of a display from the driver of the adapter that it hangs on.
   /// @param imm_display  one bit other than MD_TV
