@@ -311,8 +311,8 @@ std::string Checkout() {
 TEST(MachineFile, EveryNotebookOfTheFolderStartsWithItsPanelAlone) {
   for (const char* name :
        {"intel-panel-crt", "intel-panel-hdmi", "intel-panel-crt-hdmi", "nvidia-panel-crt",
-        "intel-nvidia", "amd-panel-hdmi", "displaylink-intel", "xp-nvidia", "vista-nvidia",
-        "server2008", "win7-starter", "intel-panel-projector", "intel-portrait-crt",
+        "intel-nvidia", "amd-panel-hdmi", "displaylink-intel", "xp-nvidia", "xp-nvidia-hdmi",
+        "vista-nvidia", "server2008", "win7-starter", "intel-panel-projector", "intel-portrait-crt",
         "intel-1024x600-crt", "intel-twin-monitors", "server2003-nvidia", "intel-nvidia-discrete",
         "intel-nvidia-integrated"}) {
     const Model model = LoadMachineFile(Checkout() + "machines/" + name + ".toml");
