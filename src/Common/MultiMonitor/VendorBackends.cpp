@@ -3,6 +3,7 @@
 #include "Common/MultiMonitor/Hybrid/HybridController.h"
 #include "Common/MultiMonitor/Intel/IntelMMImpl.h"
 #include "Common/MultiMonitor/Nvidia/NvApi.h"
+#include "Common/MultiMonitor/Nvidia/NvidiaMMImpl.h"
 #include "Common/MultiMonitor/Nvidia/NvidiaMMImplV3CrossAdapter.h"
 #include "Common/MultiMonitor/PhysicalMonitorByDisplayLibrary.h"
 
@@ -21,9 +22,7 @@ bool AdlLibraryQualifies() { return false; }
 IMMonitor* NewSisMMImpl() { return nullptr; }
 IMMonitor* NewViaMMImpl() { return nullptr; }
 
-// The control-panel library's back-end does not exist yet: a machine that needs it has none.
-IMMonitor* NewNvidiaMMImpl() { return nullptr; }
-
+IMMonitor* NewNvidiaMMImpl() { return new NvidiaMMImpl(); }
 IMMonitor* NewNvidiaMMImplV2() { return new NvidiaMMImplV2(); }
 IMMonitor* NewNvidiaMMImplV3() { return new NvidiaMMImplV3(new Win7CCDApi()); }
 IMMonitor* NewNvidiaMMImplV3CrossAdapter() {
