@@ -7,6 +7,8 @@
 #include "Common/MultiMonitor/Nvidia/NvidiaMMImplV3CrossAdapter.h"
 #include "Common/MultiMonitor/PhysicalMonitorByDisplayLibrary.h"
 
+#include <memory>
+
 IMMonitor* NewIntelMMImpl() { return new IntelMMImpl(); }
 bool CanControlHDMIMonitor(IMMonitor* intel) {
   auto* const object = dynamic_cast<IntelMMImpl*>(intel);
@@ -24,9 +26,9 @@ IMMonitor* NewViaMMImpl() { return nullptr; }
 
 IMMonitor* NewNvidiaMMImpl() { return new NvidiaMMImpl(); }
 IMMonitor* NewNvidiaMMImplV2() { return new NvidiaMMImplV2(); }
-IMMonitor* NewNvidiaMMImplV3() { return new NvidiaMMImplV3(new Win7CCDApi()); }
+IMMonitor* NewNvidiaMMImplV3() { return new NvidiaMMImplV3(std::make_unique<Win7CCDApi>()); }
 IMMonitor* NewNvidiaMMImplV3CrossAdapter() {
-  return new NvidiaMMImplV3CrossAdapter(new Win7CCDApi());
+  return new NvidiaMMImplV3CrossAdapter(std::make_unique<Win7CCDApi>());
 }
 IMMonitor* AsNvidiaMMImplV3(IMMonitor* monitor) { return dynamic_cast<NvidiaMMImplV3*>(monitor); }
 bool CouldManageMultipleDisplay(IMMonitor* nv) {
