@@ -79,6 +79,10 @@ struct Connector {
   // the type of the plug as the driver names it (absent: the one that goes with the technology).
   uint32_t nvidia_output = 0;
   std::optional<uint32_t> nvidia_connector_type;
+  // The control panel's name of the display and the kind that it says it is of; absent: by the
+  // technology, and the name by its place among those of its kind.
+  std::optional<std::string> nvidia_moniker;  // "#DA"
+  std::optional<uint32_t> nvidia_display_type;
 };
 
 /// What CDS_NORESET stored for a display device and the next commit takes up.

@@ -55,6 +55,17 @@ TEST(NvidiaView, DualViewShowsADesktopOnEachPath) {
   }
 }
 
+TEST(NvidiaView, TakenSourceOfADualViewGivesWayToAFreeOne) {
+  Machine machine(kAlone);
+  const NvClient driver;
+  Record first = ViewPath(kPanel, 1366, 768, 1);
+  Record second = ViewPath(kCrt, 1024, 768, 0, 1366);
+  EXPECT_EQ(driver.SetView(kDualView, View({first.Set(4, 1), second.Set(4, 1)})), 0);
+  EXPECT_EQ(machine.Topology(), "extend internal+crt");
+  EXPECT_EQ(SourceOfConnector(machine.model(), 0), 1u);
+  EXPECT_EQ(SourceOfConnector(machine.model(), 1), 0u);
+}
+
 TEST(NvidiaView, PrimaryOfADualViewIsTheOneThatIsMarked) {
   Machine machine(kAlone);
   const NvClient driver;

@@ -123,6 +123,7 @@ TEST(NvidiaCloneGroup, NeedsTheDriver) {
   NvidiaMMImplV3CrossAdapter& bare = host.bare(host.paths().NewCrossAdapter);
   for (const uint32_t displays : {kNb | kHdmi, 0u}) {
     EXPECT_EQ(host.paths().ApplyCrossAdapterClone(&bare, displays), "0");
+    EXPECT_EQ(host.machine.TakeJournal(), "") << displays;
   }
   EXPECT_EQ(host.machine.Calls(kWriteGroups), 0u);
   EXPECT_EQ(bare.ApplyDisplayMode(kSingle, kHdmi, nullptr), 0);

@@ -144,6 +144,34 @@ TEST(NvidiaV3Fill, EdidWithoutAPreferredTimingIsASizeOfZero) {
   EXPECT_EQ(records.ModeOf(1), "1920x1080x32 format 21 at 0,0");
 }
 
+// Ten more places of the table hold what the base has of its side interface.
+TEST(NvidiaV3Fill, FiveMoreOperationsStandBehindThoseOfTheBase) {
+  using Operation = uint64_t (*)(void* object, uintptr_t a, uintptr_t b, uintptr_t c, void* paths);
+  V3Host host;
+  void* const object = static_cast<IMMonitor*>(&host.own());
+  const auto call = [object](size_t slot, uintptr_t a, uintptr_t b = 0, uintptr_t c = 0,
+                             void* paths = nullptr) {
+    (*static_cast<Operation**>(object))[slot](object, a, b, c, paths);
+  };
+  const std::string nb = "[display " + Hex(sim::NvDisplayIdOf(host.model(), "internal")) + "]";
+  const std::string hdmi = "[display " + Hex(sim::NvDisplayIdOf(host.model(), "hdmi")) + "]";
+  PathRecords records;
+  for (auto& path : records.paths) path.IsNonNVIDIAAdapter = 1;
+
+  call(37, kClone, reinterpret_cast<uintptr_t>(records.paths));
+  EXPECT_EQ(records.paths[0].targetInfoCount, 2u);
+  EXPECT_EQ(records.paths[1].targetInfoCount, 0u);
+  call(38, kClone, kNb, kHdmi, records.paths);
+  EXPECT_EQ(records.TextOf(0), "own " + nb + " " + hdmi);
+  call(39, kNb, reinterpret_cast<uintptr_t>(&records.targets[1][0]));
+  EXPECT_EQ(records.TextOf(1), "foreign " + nb + " [untouched]");
+  call(40, kNb, reinterpret_cast<uintptr_t>(&records.paths[1]));
+  EXPECT_EQ(records.TextOf(1), "own " + nb + " [untouched]");
+  EXPECT_EQ(records.ModeOf(0), "0x0x0 format 0 at 0,0");
+  call(41, kSingle, kNb, 0, records.paths);
+  EXPECT_EQ(records.ModeOf(0), "1600x900x32 format 21 gdi at 0,0");
+}
+
 // --- Extended desktop.
 
 TEST(NvidiaV3Extend, PutsTheDisplayRightOfThePanel) {

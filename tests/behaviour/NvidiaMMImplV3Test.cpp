@@ -72,6 +72,28 @@ TEST(NvidiaV3, GivesEverythingBack) {
   EXPECT_EQ(host.machine.Outstanding(), "");
 }
 
+// Whichever piece of memory is refused, what the object was to own is given back.
+TEST(NvidiaV3, ObjectThatCannotBeMadeLeavesNothing) {
+  for (const bool cross_adapter : {false, true}) {
+    NvidiaPathsHost<NvidiaMMImplV3> host(kNvidiaAlone);
+    EXPECT_EQ(host.paths().MakeAndEnd(cross_adapter), "1");
+    uint32_t refused = 0;
+    for (uint32_t nth = 1; nth < 100; ++nth) {
+      const int64_t pieces = host.paths().PiecesOut();
+      host.paths().RefuseMemory(nth);
+      const std::string result = host.paths().MakeAndEnd(cross_adapter);
+      if (host.paths().RefuseMemory(0)) {
+        EXPECT_EQ(result, "1");
+        break;
+      }
+      ++refused;
+      EXPECT_EQ(host.paths().PiecesOut(), pieces) << nth << " " << result;
+    }
+    EXPECT_GE(refused, 2u);
+    EXPECT_LT(refused, 99u);
+  }
+}
+
 TEST(NvidiaV3, BeforeInitialNothingIsSet) {
   NvidiaPathsHost<NvidiaMMImplV3> host(kNvidiaAlone);
   NvidiaMMImplV3& bare = host.bare(host.paths().NewV3);

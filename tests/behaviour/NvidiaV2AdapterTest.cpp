@@ -22,6 +22,22 @@ TEST(NvidiaV2Adapter, RefusalIsNotDiscreteOnly) {
   EXPECT_FALSE(host.nv().IsDiscreteOnly());
 }
 
+TEST(NvidiaV2Adapter, LeadsInModes1And3) {
+  NvidiaHost host("win7 intel, nvidia: internal@2 1366x768 active, hdmi@2 1920x1080");
+  host.nv();
+  std::optional<uint32_t>& mode = host.model().adapters[1].nvidia_hybrid_mode;
+  for (const uint32_t leading : {1u, 3u}) {
+    mode = leading;
+    EXPECT_TRUE(host.box().LeadsByAdapterMode(&host.nv())) << leading;
+  }
+  for (const uint32_t other : {0u, 2u, 4u, 0xFFFFFFFFu}) {
+    mode = other;
+    EXPECT_FALSE(host.box().LeadsByAdapterMode(&host.nv())) << other;
+  }
+  mode.reset();
+  EXPECT_FALSE(host.box().LeadsByAdapterMode(&host.nv()));
+}
+
 std::string CapabilityLines(const char* panel, const char* hdmi, const char* display_port) {
   return std::string("INFO CouldManageMultipleDisplay()\n\t internal_display_found = ") + panel +
          "\n\t hdmi_found = " + hdmi + "\n\t displayport_found = " + display_port + "\n";

@@ -109,6 +109,17 @@ TEST(NvidiaV2Settings, DisplayWithoutAConnectorTypeIsNotFound) {
   EXPECT_EQ(host.Settings(kTv), "failed");
 }
 
+// A television is looked up by no type, and a plug that the driver does not know has none.
+TEST(NvidiaV2Settings, OfAnUnknownPlugAreFoundForATelevision) {
+  for (const bool told : {true, false}) {
+    NvidiaHost host(kMachine);
+    host.connector("internal").nvidia_connector_type = 0xFFFFFFFF;
+    if (!told) sim::HideNvConnectorTypes(host.machine);
+    EXPECT_EQ(host.Settings(kTv), "1366x768x32@60 turned 0") << told;
+    EXPECT_EQ(host.Settings(kNb), "failed") << told;
+  }
+}
+
 TEST(NvidiaV2Settings, OfAPanelOnAnEmbeddedDisplayPort) {
   NvidiaHost host("win7 nvidia: edp 1366x768 active, hdmi 1920x1080 active");
   EXPECT_EQ(host.Settings(kNb), "1366x768x32@60 turned 0");

@@ -113,6 +113,7 @@ TEST(NvidiaV2, LastObjectGivesTheLibraryBack) {
   host.End();
   EXPECT_EQ(host.Modules(), modules);
   EXPECT_EQ(host.machine.Outstanding(), "");
+  EXPECT_EQ(host.Connected(), "0x11 (2)");  // of one that loads it anew
 }
 
 TEST(NvidiaV2, ObjectThatIsNotInitialisedFailsBesideOneThatIs) {
@@ -125,8 +126,13 @@ TEST(NvidiaV2, ObjectThatIsNotInitialisedFailsBesideOneThatIs) {
   EdidBlob edid;
   host.machine.TakeJournal();
   EXPECT_EQ(raw->GetConnectedDisplays(&first, &second), 0);
+  EXPECT_EQ(first, 0u);
+  EXPECT_EQ(second, 0u);
+  first = second = 0xEE;
   EXPECT_EQ(raw->GetActiveDisplays(&first, &second), 0);
   EXPECT_EQ(raw->GetCurrentDisplayMode(&first, &second), 0);
+  EXPECT_EQ(first, 0xEEu);
+  EXPECT_EQ(second, 0xEEu);
   EXPECT_EQ(raw->SetNewDisplayMode(IMMonitor::DM_SINGLE, kNb), 0);
   EXPECT_EQ(raw->ApplyExtendModeOnDisplay(kHdmi), 0);
   EXPECT_EQ(raw->ApplyExtendMode(), 0);
@@ -155,8 +161,7 @@ TEST(NvidiaV2, CountStartsAtTheOwnersOne) {
 
 TEST(NvidiaV2, LastReleaseEndsTheWholeObject) {
   NvidiaHost host(kMachine);
-  NvProxyScript script;
-  NvidiaMMImplV2* const object = host.box().NewV2WithOwnProxy(&script);
+  NvidiaMMImplV2* const object = host.box().NewV2();
   EXPECT_EQ(object->Initial(), 1);
   EXPECT_EQ(object->Release(), 0u);
   EXPECT_FALSE(host.box().IsNvApiLoaded());

@@ -111,24 +111,24 @@ const Notebook kVista = {
       "[mask=0x1 1024x768x32@60 source=0 at 1280,0]]",
       "extend internal+crt", "internal 1280x800x32@60 at 0,0; crt 1280x1024x32@60 at 1280,0"}}};
 
-// Here the resolution is left as the driver made it: see the set-up.
+// Below Vista the size comes back when the display changes have come to rest.
 const Notebook kServer2003 = {
     "server2003-nvidia",
     kView,
     "9 (2)",
     {"NB.png", "NB-DVI.png", "DVI.png", "p1024x768.png", "Extend.png"},
     {"NB.png", "handle=1 view=0 paths=[[mask=0x10000 1024x768x32@60 source=0 primary gdi]]",
-     "single internal", "internal 1024x768x32@60 at 0,0"},
+     "single internal", "internal 1280x800x32@60 at 0,0"},
     {{"NB-DVI.png",
       "handle=1 view=1 paths=[[mask=0x10000 1024x768x32@60 source=0 primary gdi] "
       "[mask=0x20000 1024x768x32@60 source=0]]",
-      "clone internal+dvi", "internal+dvi 1024x768x32@60 at 0,0"},
+      "clone internal+dvi", "internal+dvi 1280x800x32@60 at 0,0"},
      {"DVI.png", "handle=1 view=0 paths=[[mask=0x20000 1024x768x32@60 source=0 primary gdi]]",
-      "single dvi", "dvi 1024x768x32@60 at 0,0"},
+      "single dvi", "dvi 1600x1200x32@60 at 0,0"},
      {"Extend.png",
-      "handle=1 view=4 paths=[[mask=0x10000 1024x768x32@60 source=0 gdi] "
-      "[mask=0x20000 1024x768x32@60 source=0 at 1024,0]]",
-      "extend internal+dvi", "internal 1024x768x32@60 at 0,0; dvi 1024x768x32@60 at 1024,0"}}};
+      "handle=1 view=4 paths=[[mask=0x10000 1280x800x32@60 source=0 gdi] "
+      "[mask=0x20000 1024x768x32@60 source=0 at 1280,0]]",
+      "extend internal+dvi", "internal 1280x800x32@60 at 0,0; dvi 1600x1200x32@60 at 1280,0"}}};
 
 // The export tells no HDMI, and counts it.
 const Notebook kDiscrete = {
@@ -151,13 +151,7 @@ const Notebook kDiscrete = {
 
 class NvidiaNotebook : public NvidiaStory, public testing::WithParamInterface<Notebook> {
  protected:
-  void SetUp() override {
-    OnNotebook(GetParam().file);
-    // Below Vista the size comes back only after the display changes have come to rest.
-    if (machine->model().windows.major == 5) {
-      machine->Config("Settings", "Restore Display Settings After Switch", 0);
-    }
-  }
+  void SetUp() override { OnNotebook(GetParam().file); }
 };
 
 TEST_P(NvidiaNotebook, ReportsItsDisplaysAndOffersTheirItems) {
@@ -253,6 +247,7 @@ TEST_P(NvidiaMemory, AndInTheNextProcessThoughWindowsForgot) {
 INSTANTIATE_TEST_SUITE_P(Folder, NvidiaMemory,
                          testing::Values(Memory{"nvidia-panel-crt", "NB-CRT.png", "internal+crt"},
                                          Memory{"vista-nvidia", "NB-CRT.png", "internal+crt"},
+                                         Memory{"server2003-nvidia", "NB-DVI.png", "internal+dvi"},
                                          Memory{"intel-nvidia-discrete", "NB-HDMI.png",
                                                 "internal+hdmi"}),
                          [](const testing::TestParamInfo<Memory>& info) {
@@ -276,21 +271,6 @@ TEST_F(NvidiaVista, ExtendedDesktopFromALargerMonitorAloneIsRefused) {
             "NvAPI_SetViewEx(handle=1 view=4 paths=[[mask=0x10000 1280x1024x32@60 source=0 gdi] "
             "[mask=0x1 1024x768x32@60 source=0 at 1280,0]])=-1\n");
   EXPECT_EQ(machine->Topology(), "single crt");
-}
-
-class NvidiaServer2003 : public NvidiaStory {
- protected:
-  void SetUp() override { OnNotebook("server2003-nvidia"); }
-};
-
-TEST_F(NvidiaServer2003, SizeIsKeptForTheNextTime) {
-  StartProcess();
-  Choose("NB-DVI.png");
-  UserSets("internal", 800, 600);
-  Choose("NB.png");
-  EXPECT_NE(Remembered().find("[2,9 | Harbor 20D,LTN154X3]\nWidth=800\nHeight=600\n"),
-            std::string::npos)
-      << Remembered();
 }
 
 // --- Two adapters: which of them leads is the driver's to say.

@@ -47,10 +47,14 @@ struct NvidiaHost : CoreHost {
     return object_.get();
   }
   void Adopt(NvidiaMMImplV2* object) {
+    End();
     object_.reset(object);
+  }
+  /// A later nv() makes and initialises another one.
+  void End() {
+    object_.reset();
     initialised_ = false;
   }
-  void End() { object_.reset(); }
 
   const NvidiaBox& box() { return *ostrel().white_box().nvidia; }
   sim::Model& model() { return machine.model(); }

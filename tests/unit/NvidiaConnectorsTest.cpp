@@ -61,7 +61,8 @@ TEST(NvidiaConnectors, NoDisplayAndSeveralAreLookedUpByNone) {
 
 TEST(NvidiaConnectors, ScartTelevisionReadsAsHdmiButIsNotFoundByIt) {
   EXPECT_EQ(ConnectorToDisplay(23), kHdmi);
-  EXPECT_NE(ConnectorOfDisplay(kHdmi, false), 23u);
+  EXPECT_EQ(ConnectorOfDisplay(kHdmi, false), 97u);
+  EXPECT_EQ(ConnectorOfDisplay(kHdmi, true), 97u);
 }
 
 TEST(NvidiaConnectors, TwelveOutputsAreWalkedInOneOrder) {

@@ -39,7 +39,9 @@ using CloneFunction = std::function<BOOL(uint32_t displays)>;
 class ScriptedCrossAdapter : public NvidiaMMImplV3CrossAdapter {
  public:
   ScriptedCrossAdapter(IMMonitor* monitor, CloneFunction clone)
-      : NvidiaMMImplV3CrossAdapter(new Win7CCDApi()), monitor_(monitor), clone_(std::move(clone)) {}
+      : NvidiaMMImplV3CrossAdapter(std::make_unique<Win7CCDApi>()),
+        monitor_(monitor),
+        clone_(std::move(clone)) {}
 
   BOOL Initial() override { return monitor_->Initial(); }
   BOOL GetConnectedDisplays(uint32_t* displays, uint32_t* display_count) override {

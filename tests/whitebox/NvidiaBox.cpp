@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "Common/MultiMonitor/MMObjectFactoryState.h"
+
 namespace {
 
 // Gives names to what derived classes reach.
@@ -38,6 +40,7 @@ bool HasProxy(const NvidiaMMImplV2* nv) { return nv->*(&OpenV2::m_nvProxy) != nu
 void RecognizeConnectors(NvidiaMMImplV2* nv) { (nv->*(&OpenV2::RecognizeConnectors))(); }
 bool RefreshGpus(NvidiaMMImplV2* nv) { return nv->RefreshGpus(); }
 bool CouldManageMultipleDisplay(NvidiaMMImplV2* nv) { return nv->CouldManageMultipleDisplay(); }
+bool LeadsByAdapterMode(NvidiaMMImplV2* nv) { return NvidiaLeadsByAdapterMode(nv); }
 uint32_t NvOutputOfDisplay(const NvidiaMMImplV2* nv, uint32_t display) {
   return (nv->*(&OpenV2::NvOutputOfDisplay))(display);
 }
@@ -99,6 +102,7 @@ constexpr NvidiaBox kBox = {
     RecognizeConnectors,
     RefreshGpus,
     CouldManageMultipleDisplay,
+    LeadsByAdapterMode,
     NvOutputOfDisplay,
     DisplayToConnector,
     NvMaskToDisplays,

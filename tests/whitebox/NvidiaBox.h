@@ -22,6 +22,7 @@ struct NvidiaBox {
   void (*RecognizeConnectors)(NvidiaMMImplV2* nv);
   bool (*RefreshGpus)(NvidiaMMImplV2* nv);
   bool (*CouldManageMultipleDisplay)(NvidiaMMImplV2* nv);
+  bool (*LeadsByAdapterMode)(NvidiaMMImplV2* nv);  // of the two adapters that a notebook has
   uint32_t (*NvOutputOfDisplay)(const NvidiaMMImplV2* nv, uint32_t display);
   uint32_t (*DisplayToConnector)(const NvidiaMMImplV2* nv, uint32_t imm_display);
   void (*NvMaskToDisplays)(NvidiaMMImplV2* nv, uint32_t nv_mask, uint32_t* imm_displays,

@@ -3,9 +3,11 @@
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <utility>
 
 #include "Common/MultiMonitor/Nvidia/NvidiaDisplayPaths.h"
 #include "Common/MultiMonitor/Nvidia/NvidiaPathRecords.h"
+#include "Common/MultiMonitor/VendorBackends.h"
 #include "tests/whitebox/ScarceMemory.h"
 
 namespace {
@@ -23,8 +25,8 @@ class IncapableCrossAdapter final : public NvidiaMMImplV3CrossAdapter {
 
 class TellingCrossAdapter final : public NvidiaMMImplV3CrossAdapter {
  public:
-  TellingCrossAdapter(Win7CCDApi* ccd, std::vector<BOOL>* enables)
-      : NvidiaMMImplV3CrossAdapter(ccd), enables_(enables) {}
+  TellingCrossAdapter(std::unique_ptr<Win7CCDApi> api, std::vector<BOOL>* enables)
+      : NvidiaMMImplV3CrossAdapter(std::move(api)), enables_(enables) {}
   BOOL EnableExtendMode(BOOL enable) override {
     enables_->push_back(enable);
     return NvidiaMMImplV3CrossAdapter::EnableExtendMode(enable);
@@ -34,17 +36,17 @@ class TellingCrossAdapter final : public NvidiaMMImplV3CrossAdapter {
   std::vector<BOOL>* const enables_;
 };
 
-NvidiaMMImplV3* NewV3() { return new NvidiaMMImplV3(new Win7CCDApi()); }
+NvidiaMMImplV3* NewV3() { return new NvidiaMMImplV3(std::make_unique<Win7CCDApi>()); }
 NvidiaMMImplV3* NewV3WithoutApi() { return new NvidiaMMImplV3(nullptr); }
 NvidiaMMImplV3CrossAdapter* NewCrossAdapter() {
-  return new NvidiaMMImplV3CrossAdapter(new Win7CCDApi());
+  return new NvidiaMMImplV3CrossAdapter(std::make_unique<Win7CCDApi>());
 }
 NvidiaMMImplV3CrossAdapter* NewIncapableCrossAdapter() {
-  return new IncapableCrossAdapter(new Win7CCDApi());
+  return new IncapableCrossAdapter(std::make_unique<Win7CCDApi>());
 }
 
 NvidiaMMImplV3CrossAdapter* NewTellingCrossAdapter(std::vector<BOOL>* enables) {
-  return new TellingCrossAdapter(new Win7CCDApi(), enables);
+  return new TellingCrossAdapter(std::make_unique<Win7CCDApi>(), enables);
 }
 
 LONG WINAPI QueryNothing(UINT32, UINT32* path_count, DISPLAYCONFIG_PATH_INFO*, UINT32* mode_count,
@@ -90,6 +92,12 @@ std::string ResultOf(Operation operation) {
     return error.what();
   }
 }
+std::string MakeAndEnd(bool cross_adapter) {
+  return ResultOf([cross_adapter] {
+    delete (cross_adapter ? NewNvidiaMMImplV3CrossAdapter() : NewNvidiaMMImplV3());
+    return 1;
+  });
+}
 std::string ApplyCrossAdapterClone(NvidiaMMImplV3CrossAdapter* nv, uint32_t displays) {
   return ResultOf([&] { return nv->ApplyCrossAdapterClone(displays); });
 }
@@ -120,6 +128,7 @@ constexpr NvidiaPathsBox kBox = {
     DisplayIdOfDisplay,
     FreeAdapterId,
     NativeSizeAcrossAdapters,
+    MakeAndEnd,
     ApplyCrossAdapterClone,
     GetCurrentDisplayMode,
     ApplyExtendModeOnDisplay,

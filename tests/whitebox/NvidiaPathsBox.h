@@ -34,6 +34,7 @@ struct NvidiaPathsBox {
                                    uint32_t* width, uint32_t* height);
 
   // --- What may throw: the result, or the text of what it threw.
+  std::string (*MakeAndEnd)(bool cross_adapter);  // as the library makes them; "1"
   std::string (*ApplyCrossAdapterClone)(NvidiaMMImplV3CrossAdapter* nv, uint32_t displays);
   std::string (*GetCurrentDisplayMode)(NvidiaMMImplV3* nv, uint32_t* imm_mode,
                                        uint32_t* imm_displays);

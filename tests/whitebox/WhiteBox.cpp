@@ -4,6 +4,6 @@ extern "C" __declspec(dllexport) const WhiteBox* Ostrel_WhiteBox() {
   static const WhiteBox box = {GetFoundationBox(), GetCoreBox(),       GetFactoryBox(),
                                GetSessionBox(),    GetIdentityBox(),   GetPolicyBox(),
                                GetProjectorBox(),  GetWorkaroundBox(), GetIntelBox(),
-                               GetNvidiaBox(),     GetHybridBox()};
+                               GetNvidiaBox(),     GetHybridBox(),     GetNvidiaPanelBox()};
   return &box;
 }

@@ -10,6 +10,7 @@
 #include "tests/whitebox/IdentityBox.h"
 #include "tests/whitebox/IntelBox.h"
 #include "tests/whitebox/NvidiaBox.h"
+#include "tests/whitebox/NvidiaPanelBox.h"
 #include "tests/whitebox/PolicyBox.h"
 #include "tests/whitebox/ProjectorBox.h"
 #include "tests/whitebox/SessionBox.h"
@@ -27,6 +28,7 @@ struct WhiteBox {
   const IntelBox* intel;
   const NvidiaBox* nvidia;
   const HybridBox* hybrid;
+  const NvidiaPanelBox* nvidia_panel;
 };
 
 /// The white-box build's one export more, "Ostrel_WhiteBox".

@@ -6,6 +6,7 @@
 #include "Common/MultiMonitor/Hybrid/HybridController.h"
 #include "Common/MultiMonitor/Intel/IntelMMImpl.h"
 #include "Common/MultiMonitor/Nvidia/NvApi.h"
+#include "Common/MultiMonitor/Nvidia/NvidiaMMImpl.h"
 #include "Common/MultiMonitor/Nvidia/NvidiaMMImplV3CrossAdapter.h"
 #include "Common/MultiMonitor/PhysicalMonitorByDisplayLibrary.h"
 
@@ -24,13 +25,13 @@ bool AdlLibraryQualifies() { return false; }
 IMMonitor* NewSisMMImpl() { return nullptr; }
 IMMonitor* NewViaMMImpl() { return nullptr; }
 
-// The control-panel library's back-end does not exist yet: a machine that needs it has none.
-IMMonitor* NewNvidiaMMImpl() { return nullptr; }
-
+IMMonitor* NewNvidiaMMImpl() { return new (std::nothrow) NvidiaMMImpl(); }
 IMMonitor* NewNvidiaMMImplV2() { return new (std::nothrow) NvidiaMMImplV2(); }
-IMMonitor* NewNvidiaMMImplV3() { return new (std::nothrow) NvidiaMMImplV3(new Win7CCDApi()); }
+IMMonitor* NewNvidiaMMImplV3() {
+  return new (std::nothrow) NvidiaMMImplV3(std::make_unique<Win7CCDApi>());
+}
 IMMonitor* NewNvidiaMMImplV3CrossAdapter() {
-  return new (std::nothrow) NvidiaMMImplV3CrossAdapter(new Win7CCDApi());
+  return new (std::nothrow) NvidiaMMImplV3CrossAdapter(std::make_unique<Win7CCDApi>());
 }
 IMMonitor* AsNvidiaMMImplV3(IMMonitor* monitor) { return dynamic_cast<NvidiaMMImplV3*>(monitor); }
 bool CouldManageMultipleDisplay(IMMonitor* nv) {

@@ -4,8 +4,9 @@
 
 namespace {
 
-// More than any notebook has displays. A driver that tells more is not believed, as room has to be
-// made for them.
+// Deliberate: more groups or items than this, which is more than any notebook has displays, end the
+// reading as a refusal does. Room has to be made for what the driver tells, and it may tell
+// anything.
 constexpr uint32_t kMostElements = 64;
 
 }  // namespace
@@ -19,7 +20,7 @@ bool NvidiaCloneGroups::ReadCount() {
 bool NvidiaCloneGroups::ReadGroups() {
   if (proxy_ == nullptr || top_.count == 0 || top_.count > kMostElements) return false;
   groups_.assign(top_.count, {});
-  // Deliberate: the driver wants the version word in the first group alone.
+  // Deliberate: the first group alone gets the version word.
   groups_[0].version = kNvTopologyVersion;
   top_.elements = groups_.data();
   if (!proxy_->GetDisplayTopology(&top_)) return false;

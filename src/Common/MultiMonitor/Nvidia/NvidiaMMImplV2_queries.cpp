@@ -129,10 +129,10 @@ bool NvidiaMMImplV2::RefreshGpus() {
 BOOL NvidiaMMImplV2::GetConnectedDisplays(uint32_t* imm_displays, uint32_t* display_count) {
   DCHECK(imm_displays != NULL);
   DCHECK(display_count != NULL);
-  if (m_nvProxy == nullptr || imm_displays == nullptr || display_count == nullptr) return FALSE;
+  if (imm_displays == nullptr || display_count == nullptr) return FALSE;
   *imm_displays = 0;
   *display_count = 0;
-  if (m_gpuCount == 0) return FALSE;
+  if (m_nvProxy == nullptr || m_gpuCount == 0) return FALSE;
   m_currentGpu = 0;
   for (uint32_t i = 0; GpuAt(i) != nullptr; ++i) {
     uint32_t outputs = 0;
@@ -192,6 +192,7 @@ bool NvidiaMMImplV2::GetDisplaySettings(uint32_t imm_display, DEVMODEA* dm) {
       if (connector_type == kUnknownConnector && !ConnectorTypeOfHandle(handle, &connector_type)) {
         continue;
       }
+      // Deliberate: a display that is looked up by no type is found behind a plug of no known type.
       if (connector_type != DisplayToConnector(imm_display)) continue;
       CopySettings(settings, dm);
       return true;

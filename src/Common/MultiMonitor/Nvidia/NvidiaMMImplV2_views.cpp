@@ -27,7 +27,7 @@ void SetSize(uint32_t width, uint32_t height, uint32_t depth, uint32_t refresh_r
 }
 
 // The desktop on the first output as it is now, and to its right the configured size on the second.
-// Deliberate: both have source id 0; the driver tells the desktops apart by the position.
+// Deliberate: both have source id 0, although each is a desktop of its own.
 void FillExtendView(const DEVMODEA& current, uint32_t first_output, uint32_t second_output,
                     NV_DISPLAY_PATH_INFO* view) {
   view->version = NV_DISPLAY_PATH_INFO_VER4;
@@ -91,7 +91,7 @@ BOOL NvidiaMMImplV2::ApplyDisplayMode(uint32_t mode, uint32_t displays,
     SetSize(size.width, size.height, size.depth, size.refresh_rate, &second);
   }
   NvDisplayHandle handle = nullptr;
-  FirstDisplayHandle(&handle);  // without one the driver is asked for its default display
+  FirstDisplayHandle(&handle);  // without one the driver decides
   return SetView(handle, view_mode, &view);
 }
 

@@ -7,6 +7,8 @@
 #include "Common/MultiMonitor/PhysicalMonitorByDisplayLibrary.h"
 #include "Common/win_util.h"
 
+#include <utility>
+
 namespace {
 
 // The flags of NvAPI_DISP_SetDisplayConfig.
@@ -24,7 +26,7 @@ void FillSourceMode(const NvidiaModeSettings& settings, NV_DISPLAYCONFIG_SOURCE_
 
 }  // namespace
 
-NvidiaMMImplV3::NvidiaMMImplV3(Win7CCDApi* ccd) : ccd(ccd) {
+NvidiaMMImplV3::NvidiaMMImplV3(std::unique_ptr<Win7CCDApi> api) : ccd(std::move(api)) {
   DCHECK(win_util::GetWinVersion() > win_util::WINVERSION_VISTA);
   DCHECK(ccd != NULL);
   if (ccd != nullptr) ccd->Load("User32.dll");

@@ -12,8 +12,8 @@
 /// usual size: whether a mode is set is the driver's decision.
 class NvidiaMMImplV3 : public NvidiaMMImplV2 {
  public:
-  /// @param ccd  new and not loaded; owned
-  explicit NvidiaMMImplV3(Win7CCDApi* ccd);
+  /// @param api  new and not loaded
+  explicit NvidiaMMImplV3(std::unique_ptr<Win7CCDApi> api);
   ~NvidiaMMImplV3() override;
 
   BOOL ApplyDisplayMode(uint32_t mode, uint32_t displays,

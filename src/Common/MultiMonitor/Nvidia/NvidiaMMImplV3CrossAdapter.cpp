@@ -11,6 +11,7 @@
 #include "Common/MultiMonitor/Win7CCD.h"
 
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -42,7 +43,8 @@ PhysicalMonitorByDisplayLibrary* NewIntelMonitor() {
 
 }  // namespace
 
-NvidiaMMImplV3CrossAdapter::NvidiaMMImplV3CrossAdapter(Win7CCDApi* ccd) : NvidiaMMImplV3(ccd) {}
+NvidiaMMImplV3CrossAdapter::NvidiaMMImplV3CrossAdapter(std::unique_ptr<Win7CCDApi> api)
+    : NvidiaMMImplV3(std::move(api)) {}
 
 BOOL NvidiaMMImplV3CrossAdapter::GetCurrentDisplayMode(uint32_t* imm_mode, uint32_t* imm_displays) {
   NvidiaCloneGroups groups(m_nvProxy);
@@ -110,6 +112,7 @@ BOOL NvidiaMMImplV3CrossAdapter::ApplyDisplayMode(uint32_t mode, uint32_t displa
 }
 
 BOOL NvidiaMMImplV3CrossAdapter::ApplyCrossAdapterClone(uint32_t displays) {
+  if (m_nvProxy == nullptr) return FALSE;
   if ((displays & kGroupDisplays) == 0) return RemoveCloneGroups();
   const std::unique_ptr<Win7CCD> windows(CreateWin7CCDObject());
   if (windows == nullptr) return FALSE;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "Common/MultiMonitor/Nvidia/NvidiaMMImplV3.h"
 
@@ -10,7 +11,7 @@ class Win7CCD;
 
 class NvidiaMMImplV3CrossAdapter : public NvidiaMMImplV3 {
  public:
-  explicit NvidiaMMImplV3CrossAdapter(Win7CCDApi* ccd);
+  explicit NvidiaMMImplV3CrossAdapter(std::unique_ptr<Win7CCDApi> api);
 
   /// A clone group of the driver outranks what Windows says.
   /// @throws std::runtime_error below Windows 7, where there is such a group
