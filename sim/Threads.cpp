@@ -11,7 +11,7 @@ namespace sim {
 namespace {
 
 // Real time, for the case that something is wrong: no thread of the DLL works that long.
-constexpr DWORD kPatience = 20000;
+constexpr uint32_t kPatience = 20000;
 // A thread looks up now and then, should a message have come without a sign.
 constexpr DWORD kLook = 1000;
 
@@ -80,10 +80,10 @@ struct Threads::Start {
   void* parameter;
 };
 
-Threads::Threads() : changed_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
+Threads::Threads() : changed_(CreateEventW(nullptr, FALSE, FALSE, nullptr)), patience_(kPatience) {}
 
 Threads::~Threads() {
-  EndAll();
+  if (!given_up_) EndAll();
   CloseHandle(changed_);
 }
 
@@ -156,7 +156,7 @@ void Threads::Bury() {
     records_.erase(gone, records_.end());
   }
   for (const std::unique_ptr<Record>& record : ended) {
-    if (WaitForSingleObject(record->thread, kPatience) == WAIT_OBJECT_0) continue;
+    if (WaitForSingleObject(record->thread, patience_) == WAIT_OBJECT_0) continue;
     ReportFailure("a thread of the DLL does not end");
   }
 }
@@ -164,7 +164,7 @@ void Threads::Bury() {
 bool Threads::Settle(Scope scope) {
   const ULONGLONG begin = GetTickCount64();
   while (!IsAtRest(scope)) {
-    if (GetTickCount64() - begin > kPatience) {
+    if (GetTickCount64() - begin > patience_) {
       ReportFailure("a thread of the DLL neither waits nor ends");
       return false;
     }
@@ -224,11 +224,13 @@ size_t Threads::EndAll() {
     left = records_.size();
   }
   const ULONGLONG begin = GetTickCount64();
-  while (!Empty() && GetTickCount64() - begin < kPatience) {
+  while (!Empty() && GetTickCount64() - begin < patience_) {
     AskToEnd();
     WaitForSingleObject(changed_, 1);
     Bury();
   }
+  given_up_ = !Empty();
+  if (given_up_) ReportFailure("a thread of the DLL goes on, whatever it is told");
   return left;
 }
 

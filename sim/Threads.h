@@ -1,6 +1,9 @@
 // The threads that the DLL starts: real ones, but in virtual time each runs only until it waits for
-// a message or sleeps, and goes on when the thread that drives the clock lets it. So two threads
-// never race for the model, and a test with a second thread gives the same journal every time.
+// a message or sleeps, and goes on when the thread that drives the clock lets it. So a test
+// with a second thread gives the same journal every time. Two do run side by side between the start
+// of a thread, or a message for it, and the next moment at which the other one waits or moves the
+// clock. Journal, ledger, faults, timers and this class are locked; the model and the book of
+// windows are not: meanwhile they are the new thread's.
 #pragma once
 
 #include <cstdint>
@@ -43,8 +46,11 @@ class Threads {
   /// When the first sleeper wakes; nothing when nobody sleeps.
   std::optional<uint64_t> NextWake() const;
   void WakeSleepers(uint64_t moment);
-  /// Ends what is left: every message loop gets WM_QUIT. @return how many there were
+  /// Ends what is left: every message loop gets WM_QUIT. A thread that does not end is reported as
+  /// a failure. @return how many there were
   size_t EndAll();
+  /// How long a thread may really take to come to rest or to end; 20 seconds when nobody says.
+  void SetPatience(uint32_t milliseconds) { patience_ = milliseconds; }
 
   // --- For the DLL's own threads.
   /// As GetMessageA.
@@ -65,6 +71,8 @@ class Threads {
   mutable Mutex mutex_;
   std::vector<std::unique_ptr<Record>> records_;
   HANDLE changed_;  // a thread has come to rest
+  uint32_t patience_;
+  bool given_up_ = false;  // on threads that do not end
 };
 
 }  // namespace sim

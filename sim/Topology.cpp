@@ -27,11 +27,13 @@ bool IsLarger(const DisplayMode& candidate, const DisplayMode& current) {
   return IsBetterFrequency(candidate.frequency, current.frequency);
 }
 
-// NVIDIA's driver shows another adapter's picture on it, which no path tells.
+// NVIDIA's driver shows another adapter's picture on it, which no path tells. The other adapter's
+// own display in the group shows what Windows gives it.
 bool IsInCloneGroup(const Model& model, size_t connector) {
   for (const NvidiaCloneGroup& group : model.nvidia_clone_groups) {
     for (const NvidiaCloneItem& item : group) {
-      if (NvCloneConnector(model, item) == connector) return true;
+      const bool foreign = (item.flags & 1) != 0;
+      if (!foreign && NvCloneConnector(model, item) == connector) return true;
     }
   }
   return false;

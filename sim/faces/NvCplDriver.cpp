@@ -53,6 +53,7 @@ void WINAPI FakeDtcfg(HWND, HINSTANCE, const char* command, int) {
   Call call("dtcfg");
   const bool done = !call.Fails() && RunNvCplCommand(Machine::Current(), command);
   call.Changed(done, "%s", command);
+  if (done) Machine::Current().BroadcastDisplayChange();
 }
 
 // --- What is bound and never called: the arguments need not be known, the caller clears the stack.

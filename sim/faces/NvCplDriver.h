@@ -5,7 +5,8 @@
 //   machine.Fail("NvGetDisplayInfo", 2);                 // FALSE
 //   machine.Fail("NvGetWindowsDisplayState", 1, 9);      // that state; 0, "failed", without a code
 //   machine.Fail("dtcfg", 1);                            // the program starts and changes nothing
-// A failing call writes nothing. `dtcfg` is what rundll32.exe runs; the entries that the library
+// A failing call writes nothing. `dtcfg` is what rundll32.exe runs, at once or later (Programs.h);
+// when it has changed the view, Windows tells of one display change. The entries that the library
 // under test binds and never calls fail the test when somebody does.
 #pragma once
 

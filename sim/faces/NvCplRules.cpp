@@ -130,15 +130,18 @@ constexpr View kViews[] = {{"standard", 1, true}, {"clone", 2, true}, {"dualview
 }  // namespace
 
 NvCplState NvCplStateOf(const Model& model, uint32_t monitor) {
+  std::optional<size_t> adapter;
   if (monitor != 0) {
     const auto source = FindSource(model, "\\\\.\\DISPLAY" + std::to_string(monitor));
     if (!source) return kNvCplStateNotFound;
-    if (!IsNvidiaSource(model, *source)) return kNvCplStateNotNvidia;
     if (!IsAttached(model, *source)) return kNvCplStateUnattached;
+    if (!IsNvidiaSource(model, *source)) return kNvCplStateNotNvidia;
+    adapter = model.sources[*source].adapter;
   }
   std::vector<size_t> desktops;
   for (size_t i = 0; i < model.sources.size(); ++i) {
-    if (IsNvidiaSource(model, i) && IsAttached(model, i)) desktops.push_back(i);
+    if (!IsNvidiaSource(model, i) || !IsAttached(model, i)) continue;
+    if (!adapter || model.sources[i].adapter == *adapter) desktops.push_back(i);
   }
   if (desktops.empty()) return kNvCplStateUnattached;
   if (desktops.size() > 1) return kNvCplStateDualView;

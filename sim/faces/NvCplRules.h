@@ -24,8 +24,9 @@ enum NvCplState : int32_t {
   kNvCplStateVerticalSpan = 8,
 };
 
-/// The state of a Windows monitor number, 1 for \\.\DISPLAY1; 0 stands for the whole desktop. One
-/// desktop on several displays is a span where it is wider or higher than any of them takes.
+/// The state of a Windows monitor number, 1 for \\.\DISPLAY1, which is that of its adapter; 0
+/// stands for the whole desktop. One desktop on several displays is a span where it is wider or
+/// higher than any of them takes.
 NvCplState NvCplStateOf(const Model& model, uint32_t monitor);
 
 /// The control panel's name of a display: "#", its kind (A analog, D digital, T television) and its

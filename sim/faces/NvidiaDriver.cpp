@@ -12,6 +12,7 @@ namespace {
 
 constexpr char kInitializations[] = "nvidia: initializations";
 constexpr char kRemoved[] = "nvidia: removed ";
+constexpr char kModeUnwritten[] = "nvidia: adapter mode not written";
 constexpr char kSilent[] = "nvidia: silent about connector types";
 constexpr char kVersionText[] = "NVAPI Open Interface 1.0";
 constexpr size_t kShortString = 64;
@@ -241,6 +242,7 @@ int32_t GetCoprocStatus(uint32_t* status, uint32_t* state) {
 int32_t GetHybridMode(uint32_t* mode) {
   return Query("NvAPI_GetHybridMode", "", [=] {
     if (mode == nullptr) return kNvInvalidArgument;
+    if (State().counters.count(kModeUnwritten) != 0) return kNvOk;
     for (const size_t gpu : NvGpus(CurrentModel())) {
       const std::optional<uint32_t>& told = CurrentModel().adapters[gpu].nvidia_hybrid_mode;
       if (!told) continue;
@@ -337,6 +339,8 @@ void RemoveNvApi(Machine& machine, const std::string& name) {
 }
 
 void HideNvConnectorTypes(Machine& machine) { machine.state().counters[kSilent] = 1; }
+
+void LeaveNvHybridMode(Machine& machine) { machine.state().counters[kModeUnwritten] = 1; }
 
 bool NvTellsConnectorTypes(const Machine& machine) {
   return machine.state().counters.count(kSilent) == 0;

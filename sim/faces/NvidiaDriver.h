@@ -38,6 +38,9 @@ void RemoveNvApi(Machine& machine, const std::string& name);
 /// From now on NvAPI_GetDisplaySettings does not say which connector a record speaks of.
 void HideNvConnectorTypes(Machine& machine);
 
+/// From now on NvAPI_GetHybridMode succeeds and leaves the caller's value as it is.
+void LeaveNvHybridMode(Machine& machine);
+
 /// How often NvAPI_Initialize succeeded since the library was loaded.
 uint64_t NvInitializations(const Machine& machine);
 

@@ -53,6 +53,8 @@ NvStatus CheckItem(const Model& model, const NvRecord& item) {
   }
   const std::optional<size_t> connector = NvCloneConnector(model, {flags, item.Get(kIdAt)});
   if (!connector) return kNvInvalidArgument;
+  const bool panel = IsInternal(model.connectors[*connector].technology);
+  if ((flags & kPanel) != 0 && !panel) return kNvInvalidArgument;
   return IsConnected(model, *connector) ? kNvOk : kNvError;
 }
 

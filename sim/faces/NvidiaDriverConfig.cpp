@@ -202,10 +202,11 @@ std::string DescribeNvPaths(const Model& model, uint32_t count, NvRecord paths) 
 
 // These paths and no others: a display of any adapter that is not among them goes dark.
 NvStatus SetNvPaths(Machine& machine, uint32_t count, NvRecord paths, uint32_t flags) {
+  Model& model = machine.state().model;
+  if (!model.windows.HasDisplayConfig()) return kNvNoImplementation;
   if (!paths || count == 0 || count > kMostPaths || (flags & ~kKnownFlags) != 0) {
     return kNvInvalidArgument;
   }
-  Model& model = machine.state().model;
   std::vector<NvDesktop> desktops;
   NvStatus status = ReadPaths(model, count, paths, &desktops);
   if (status != kNvOk) return status;

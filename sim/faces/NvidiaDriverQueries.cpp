@@ -77,13 +77,15 @@ NvStatus FindOutput(Machine& machine, const void* handle, uint32_t id, size_t* c
   const Model& model = machine.state().model;
   const std::optional<size_t> display = NvDisplayFromHandle(machine, handle);
   if (handle != nullptr && !display) return kNvInvalidHandle;
+  const std::vector<size_t> gpus = NvGpus(model);
+  if (gpus.empty()) return kNvDeviceNotFound;
   if (display && id == 0) {
     *connector = ConnectorsOfSource(model, *display).front();
     return kNvOk;
   }
   std::optional<size_t> found;
   if (!display) found = NvConnectorByDisplayId(model, id);
-  const size_t gpu = display ? model.sources[*display].adapter : NvGpus(model).front();
+  const size_t gpu = display ? model.sources[*display].adapter : gpus.front();
   if (!found) found = NvConnectorByOutput(model, gpu, id);
   if (!found) return kNvInvalidArgument;
   *connector = *found;

@@ -1,6 +1,8 @@
 // Programs that the library starts. One is known, rundll32.exe, which calls an entry of a library;
-// what it does is done before CreateProcess returns. Handles of the process and its thread stand in
-// the ledger.
+// what it does is done before CreateProcess returns, unless a test lets it take its time. Handles
+// of the process and its thread stand in the ledger.
+#include "sim/faces/Programs.h"
+
 #include <string>
 
 #include "sim/faces/FaceHelp.h"
@@ -9,6 +11,7 @@ namespace sim {
 namespace {
 
 constexpr char kProgram[] = "rundll32.exe";
+constexpr char kWorkTime[] = "programs: work time";
 
 // "a b c" to "a", and "b c" behind it.
 std::string TakeWord(std::string* text) {
@@ -34,6 +37,13 @@ void RunDll(std::string command) {
     using RunDllEntry = void(WINAPI*)(HWND, HINSTANCE, const char*, int);
     reinterpret_cast<RunDllEntry>(entry.function)(nullptr, nullptr, command.c_str(), SW_SHOWNORMAL);
   }
+}
+
+void RunInItsTime(const std::string& command) {
+  Machine& machine = Machine::Current();
+  const uint64_t milliseconds = machine.state().counters[kWorkTime];
+  if (milliseconds == 0) return RunDll(command);
+  machine.At(machine.Now() + milliseconds, [command] { RunDll(command); });
 }
 
 HANDLE NewHandle(const char* kind) {
@@ -81,7 +91,7 @@ BOOL WINAPI FakeCreateProcessA(LPCSTR application, LPSTR line, LPSECURITY_ATTRIB
   }
   const char separator = line[program.size()];
   line[program.size()] = '\0';  // as Windows does while it looks for the program
-  RunDll(rest);
+  RunInItsTime(rest);
   line[program.size()] = separator;
   static DWORD next_id = 7200;
   started->hProcess = NewHandle("process");
@@ -93,6 +103,10 @@ BOOL WINAPI FakeCreateProcessA(LPCSTR application, LPSTR line, LPSECURITY_ATTRIB
 }
 
 }  // namespace
+
+void LetProgramsTake(Machine& machine, uint32_t milliseconds) {
+  machine.state().counters[kWorkTime] = milliseconds;
+}
 
 const std::vector<Entry>& ProcessFace() {
   static const std::vector<Entry> kEntries = {

@@ -85,13 +85,13 @@ DWORD WaitInVirtualTime(HANDLE handle, DWORD milliseconds) {
   return result;
 }
 
-// On a thread of the library's own the clock is somebody else's to move.
+// On a thread of the library's own the clock is somebody else's to move. What is signalled in the
+// meantime is seen at the end of the wait.
 DWORD WaitOnOwnThread(HANDLE handle, DWORD milliseconds) {
   const DWORD result = WaitForSingleObject(handle, std::min(milliseconds, kRealPatience));
-  if (result == WAIT_TIMEOUT && !State().threads.Sleep(milliseconds)) {
-    State().clock.Pass(milliseconds);
-  }
-  return result;
+  if (result != WAIT_TIMEOUT || milliseconds == 0) return result;
+  if (!State().threads.Sleep(milliseconds)) State().clock.Pass(milliseconds);
+  return WaitForSingleObject(handle, 0);
 }
 
 DWORD Wait(HANDLE handle, DWORD milliseconds) {

@@ -294,6 +294,29 @@ TEST(DisplaySettingsChange, DeviceThatComesTakesADarkDisplayBeforeOneOfAGroup) {
   EXPECT_EQ(ConnectorForSource(model, model.active, device), dp);
 }
 
+// NVIDIA's driver shows nothing on the panel of the other adapter, though it is in the group.
+TEST(DisplaySettingsChange, PanelOfACloneGroupIsAsDarkAsWindowsLeavesIt) {
+  Machine machine("win7 intel, nvidia: internal 1366x768, crt 1280x1024, dp@2 1600x900 active");
+  Model& model = machine.model();
+  const size_t device = *FindSource(model, "\\\\.\\DISPLAY1");
+  model.nvidia_clone_groups = {{{3, 0x100}, {0, NvDisplayIdOf(model, "dp")}}};
+  EXPECT_EQ(ConnectorForSource(model, model.active, device), *FindConnector(model, "internal"));
+}
+
+TEST(DisplaySettingsChange, DisplayOfAGroupIsTakenBeforeOneOutOfWindowsClone) {
+  Machine machine(
+      "win7 intel, nvidia: clone internal 1024x768, dvi@2 1024x768, dp@2 1024x768 active, "
+      "hdmi@2 1024x768 active");
+  Model& model = machine.model();
+  const size_t device = *FindSource(model, "\\\\.\\DISPLAY4");
+  const size_t dvi = *FindConnector(model, "dvi");
+  EXPECT_EQ(ConnectorForSource(model, model.active, device), dvi);
+  model.nvidia_clone_groups = {{{3, 0x100}, {0, NvDisplayIdOf(model, "dvi")}}};
+  EXPECT_EQ(ConnectorForSource(model, model.active, device), dvi);
+  model.connectors[dvi].monitor.reset();
+  EXPECT_EQ(ConnectorForSource(model, model.active, device), *FindConnector(model, "hdmi"));
+}
+
 TEST(DisplaySettingsChange, OrientationTurnsTheSizes) {
   Machine machine(kPanelAndCrt);
   DEVMODEA dm = Sized(768, 1366);

@@ -1,6 +1,7 @@
 // The command of the simulated control-panel library, and the program that runs it.
 #include <gtest/gtest.h>
 
+#include "sim/faces/Programs.h"
 #include "sim/tests/FaceCalls.h"
 
 namespace sim {
@@ -108,6 +109,55 @@ TEST(Process, RefusedStartChangesNothing) {
   machine.Fail("CreateProcessA", 1, ERROR_NOT_ENOUGH_MEMORY);
   EXPECT_EQ(SetView(&machine, "0 clone DA AA"), "0 single internal");
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NOT_ENOUGH_MEMORY));
+}
+
+TEST(Process, ProgramMayWorkBesideTheLibrary) {
+  Machine machine(kPair);
+  LetProgramsTake(machine, 400);
+  machine.Advance(100);
+  EXPECT_EQ(SetView(&machine, "0 clone DA AA"), "1 single internal");
+  EXPECT_EQ(machine.TakeJournal(),
+            "CreateProcessA(rundll32.exe NvCpl.DLL,dtcfg setview 0 clone DA AA)=1\n");
+  machine.Advance(399);
+  EXPECT_EQ(machine.Topology(), "single internal");
+  machine.Advance(1);
+  EXPECT_EQ(machine.Topology(), "clone internal+crt");
+  EXPECT_EQ(machine.TakeJournal(), "dtcfg(setview 0 clone DA AA)=1\n");
+  LetProgramsTake(machine, 0);
+  EXPECT_EQ(SetView(&machine, "0 standard DA"), "1 single internal");
+}
+
+// A window that counts the changes it is told of.
+uint32_t g_changes = 0;
+LRESULT CALLBACK CountChanges(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_DISPLAYCHANGE) ++g_changes;
+  return DefWindowProcA(window, message, wparam, lparam);
+}
+
+TEST(Process, ViewThatChangesIsToldToWindows) {
+  Machine machine(kPair);
+  const HWND window =
+      FAKE(CreateWindowExA)(0, "STATIC", "", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+  SetWindowLongPtrA(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&CountChanges));
+  const auto changes_of = [&](const char* line) {
+    g_changes = 0;
+    std::string writable = line;
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION started = {};
+    FAKE(CreateProcessA)
+    (nullptr, writable.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &started);
+    const uint32_t at_once = g_changes;
+    machine.Advance(500);
+    FAKE(CloseHandle)(started.hProcess);
+    FAKE(CloseHandle)(started.hThread);
+    return std::to_string(at_once) + " " + std::to_string(g_changes);
+  };
+  EXPECT_EQ(changes_of("rundll32.exe NvCpl.DLL,dtcfg setview 0 clone DA AA"), "1 1");
+  EXPECT_EQ(changes_of("rundll32.exe NvCpl.DLL,dtcfg setview 0 clone DA XX"), "0 0");
+  LetProgramsTake(machine, 500);
+  EXPECT_EQ(changes_of("rundll32.exe NvCpl.DLL,dtcfg setview 0 standard DA"), "0 1");
+  FAKE(DestroyWindow)(window);
 }
 
 TEST(Process, OtherProgramsAreNotThere) {

@@ -133,8 +133,19 @@ TEST(NvCplState, OfOneWindowsMonitor) {
   EXPECT_EQ(client.State(1), 4);
   EXPECT_EQ(client.State(2), 2);  // unattached
   EXPECT_EQ(client.State(3), 3);  // another vendor's
+  EXPECT_EQ(client.State(4), 2);  // another vendor's, unattached
   EXPECT_EQ(client.State(9), 1);  // not found
   EXPECT_EQ(client.State(0), 4);
+}
+
+TEST(NvCplState, OfOneWindowsMonitorIsThatOfItsAdapter) {
+  const Machine machine(
+      "xp nvidia, nvidia: internal 1280x800 active, crt@2 800x600 active, dvi@2 800x600 active");
+  const Client client;
+  EXPECT_EQ(client.State(1), 4);
+  EXPECT_EQ(client.State(3), 5);
+  EXPECT_EQ(client.State(4), 5);
+  EXPECT_EQ(client.State(0), 5);
 }
 
 TEST(NvCplState, NothingOfNvidiasIsUnattached) {

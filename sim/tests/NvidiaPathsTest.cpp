@@ -75,6 +75,17 @@ TEST(NvidiaPaths, ForeignDisplayWithoutAnAdapterMustBeTheOnlyOneOfThatTarget) {
   EXPECT_EQ(PathRecords().Add({Foreign(kPanelTarget)}, kMode, true).Set(NvClient(), 2), -5);
 }
 
+TEST(NvidiaPaths, AreThereFromWindows7On) {
+  for (const char* windows : {"xp", "2003", "vista"}) {
+    Machine machine(windows + std::string(" nvidia: internal 1366x768 active, dvi 1280x1024"));
+    const NvClient driver;
+    EXPECT_EQ(PathRecords().Add({Own(machine, "dvi")}, kMode).Set(driver, 2), -3) << windows;
+    EXPECT_EQ(machine.Topology(), "single internal") << windows;
+  }
+  Machine machine("win7 nvidia: internal 1366x768 active, dvi 1280x1024");
+  EXPECT_EQ(PathRecords().Add({Own(machine, "dvi")}, kMode).Set(NvClient(), 2), 0);
+}
+
 // A target of the driver's own adapter, and an adapter that is not the one of that target.
 TEST(NvidiaPaths, ForeignIsWhatAnotherAdapterShows) {
   Machine machine(kTwo);
@@ -319,7 +330,8 @@ TEST(NvidiaGroups, RefusesWhatCannotBe) {
   EXPECT_EQ(Groups({PanelAnd(Id(machine, "dp"))}).Write(driver), -1);  // nothing on it
   EXPECT_EQ(Groups({{{3, 0x300}, {0, hdmi}}}).Write(driver), -5);
   EXPECT_EQ(Groups({{{2, kPanelTarget}, {0, hdmi}}}).Write(driver), -5);
-  EXPECT_EQ(Groups({{{0, hdmi}}}).Write(driver), -5);  // one alone is no clone
+  EXPECT_EQ(Groups({{{3, kCrtTarget}, {0, hdmi}}}).Write(driver), -5);  // that is no panel
+  EXPECT_EQ(Groups({{{0, hdmi}}}).Write(driver), -5);                   // one alone is no clone
   Groups group({PanelAnd(hdmi)});
   EXPECT_EQ((group.array().Set(0, 0x10019), group.Write(driver)), -9);
   group.array().Set(0, 0x10018);

@@ -53,8 +53,6 @@ TEST(NvidiaDriver, EdidNeedsOneOutputWithAMonitorThatSendsIt) {
   EXPECT_EQ(record.At(4), 0u);
 }
 
-// A CTA extension with HDMI's vendor block makes an HDMI monitor on any plug, an HDMI plug on any
-// monitor.
 /// What the driver says of HDMI: bit 0 of the GPU, bit 7 of the monitor; or the failure.
 int64_t HdmiSupport(const NvClient& driver, void* handle, uint32_t id) {
   Record record(12, 0x1000C);
@@ -80,6 +78,15 @@ TEST(NvidiaDriver, HdmiSupportIsAskedByHandleOrById) {
   const Machine without("win7 nvidia: internal 1366x768 active");
   const NvClient other;
   EXPECT_EQ(HdmiSupport(other, other.Display(), 0), 0x00);
+}
+
+TEST(NvidiaDriver, HdmiSupportNeedsAWorkingAdapter) {
+  Machine machine(kAlone);
+  const NvClient driver;
+  machine.model().adapters[0].disabled = true;
+  for (const uint32_t id : {0U, 0x20000U, 0x80061003U}) {
+    EXPECT_EQ(HdmiSupport(driver, nullptr, id), -6) << id;
+  }
 }
 
 // A CTA extension with HDMI's vendor block makes an HDMI monitor on any plug, an HDMI plug on any
@@ -150,6 +157,10 @@ TEST(NvidiaDriver, SaysWhichAdapterLeadsWhereItDoes) {
   machine.model().adapters[1].nvidia_coproc_status = 2;
   EXPECT_EQ(driver.Ask(kHybridId, &mode), 0);
   EXPECT_EQ(mode, 1u);
+  mode = 7;
+  LeaveNvHybridMode(machine);
+  EXPECT_EQ(driver.Ask(kHybridId, &mode), 0);
+  EXPECT_EQ(mode, 7u);
   uint32_t status = kUnwritten;
   uint32_t state = kUnwritten;
   EXPECT_EQ(driver.Ask(kCoprocId, &status, &state), 0);

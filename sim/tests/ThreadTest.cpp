@@ -227,6 +227,32 @@ TEST_F(Thread, SleepsInTheVirtualTimeThatTheOtherDrives) {
   EXPECT_EQ(g_story, Story({"3000 awake"}));
 }
 
+// A thread's own wait takes its whole time-out once it is a long one; that it was ended is not
+// lost.
+TEST_F(Thread, OwnWaitSeesWhatWasSignalledMeanwhile) {
+  Start([](void*) -> DWORD {
+    const DWORD result = SIM_FAKE(WaitForSingleObject)(g_event, 3000);
+    Tell(result == WAIT_OBJECT_0 ? "signalled" : "timed out");
+    return 0;
+  });
+  EXPECT_EQ(SIM_FAKE(WaitForSingleObject)(threads_[0], 0), static_cast<DWORD>(WAIT_TIMEOUT));
+  machine_.At(1000, [] { SIM_FAKE(SetEvent)(g_event); });
+  machine_.Advance(2999);
+  EXPECT_EQ(g_story, Story());
+  EXPECT_EQ(SIM_FAKE(WaitForSingleObject)(threads_[0], 10000), WAIT_OBJECT_0);
+  EXPECT_EQ(g_story, Story({"3000 signalled"}));
+}
+
+TEST_F(Thread, OwnWaitThatNothingEndsTimesOut) {
+  Start([](void*) -> DWORD {
+    const DWORD result = SIM_FAKE(WaitForSingleObject)(g_event, 3000);
+    Tell(result == WAIT_TIMEOUT ? "timed out" : "signalled");
+    return 0;
+  });
+  EXPECT_EQ(SIM_FAKE(WaitForSingleObject)(threads_[0], 10000), WAIT_OBJECT_0);
+  EXPECT_EQ(g_story, Story({"3000 timed out"}));
+}
+
 TEST_F(Thread, WorksWhileTheOtherGivesUp) {
   machine_.At(100, [this] { Post(1); });
   Start([](void*) -> DWORD {
@@ -252,6 +278,41 @@ TEST_F(Thread, ThatIsLeftIsEndedAndTold) {
   EXPECT_EQ(machine_.EndThreads(), 1u);
   EXPECT_EQ(g_story, Story({"0 end"}));
   EXPECT_EQ(machine_.EndThreads(), 0u);
+}
+
+TEST_F(Thread, ThatDoesNotEndIsAFailure) {
+  static HANDLE released = nullptr;
+  released = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  machine_.state().threads.SetPatience(50);
+  Start([](void*) -> DWORD { return WaitForSingleObject(released, INFINITE); });
+  {
+    const CaughtFailures failures;
+    EXPECT_EQ(machine_.EndThreads(), 1u);
+    EXPECT_EQ(CaughtFailures::list(),
+              std::vector<std::string>{"a thread of the DLL goes on, whatever it is told"});
+  }
+  SetEvent(released);
+  machine_.state().threads.SetPatience(20000);
+  EXPECT_EQ(SIM_FAKE(WaitForSingleObject)(threads_[0], 0), WAIT_OBJECT_0);
+  EXPECT_EQ(machine_.EndThreads(), 0u);
+  CloseHandle(released);
+}
+
+TEST_F(Thread, ThatDoesNotComeToRestIsAFailure) {
+  static HANDLE released = nullptr;
+  released = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  machine_.state().threads.SetPatience(50);
+  Start([](void*) -> DWORD { return WaitForSingleObject(released, INFINITE); });
+  {
+    const CaughtFailures failures;
+    EXPECT_EQ(Wait(100), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_EQ(CaughtFailures::list(),
+              std::vector<std::string>{"a thread of the DLL neither waits nor ends"});
+  }
+  SetEvent(released);
+  machine_.state().threads.SetPatience(20000);
+  EXPECT_EQ(SIM_FAKE(WaitForSingleObject)(threads_[0], 0), WAIT_OBJECT_0);
+  CloseHandle(released);
 }
 
 TEST_F(Thread, EventIsInTheLedgerUnlessItHasNoName) {

@@ -28,15 +28,20 @@ constexpr int kWindowHeight = 100;
 std::atomic<HANDLE> g_ResetDisplaySettingsCompletedEvent{nullptr};
 HANDLE g_DCMThreadHandle = nullptr;
 DWORD g_DCMThreadID = 0;
-UINT_PTR g_resetTimer = 0;
+std::atomic<UINT_PTR> g_resetTimer{0};
 uint32_t g_resetTimerPeriod = kPeriod;
 bool g_monitorClassRegistered = false;
 
 namespace {
 
+// Grows with every run, so that a thread which an earlier one has left behind knows that it is.
+std::atomic<uint32_t> g_run{0};
+
 // --- On the monitoring thread.
 
 /// The item may be gone: a timer can fire late, when the host has given up and ended its session.
+/// Nothing holds the session between the look and the use then; as long as the host waits, its
+/// wait does.
 void RestoreSelectedItem() {
   DMSwitch* const self = DMSwitch::s_self;
   const DMItem* const selected = self != nullptr ? self->SelectedItem() : nullptr;
@@ -45,18 +50,25 @@ void RestoreSelectedItem() {
   self->RestoreSettingsForItem(item);
 }
 
+void OnResetTimer() {
+  VLOG(2) << "ResetDisplaySettingsTimerProc()";
+  const UINT_PTR fired = g_resetTimer.exchange(0);
+  KillTimer(nullptr, fired);
+  RestoreSelectedItem();
+}
+
 // No CallScope: its count is the host thread's, which holds one open through the whole wait.
 void CALLBACK ResetDisplaySettingsTimerProc(HWND, UINT, UINT_PTR, DWORD) {
   try {
-    VLOG(2) << "ResetDisplaySettingsTimerProc()";
-    const UINT_PTR fired = g_resetTimer;
-    g_resetTimer = 0;
-    KillTimer(nullptr, fired);
-    RestoreSelectedItem();
+    OnResetTimer();
   } catch (...) {
     // The resolution stays as it is; the host must go on all the same.
   }
-  DCHECK(g_ResetDisplaySettingsCompletedEvent != NULL);
+  try {
+    DCHECK(g_ResetDisplaySettingsCompletedEvent != NULL);
+  } catch (...) {
+    // A record that cannot be written.
+  }
   // Deliberate: also without the event, when the host has stopped waiting.
   SetEvent(g_ResetDisplaySettingsCompletedEvent);
 }
@@ -122,22 +134,26 @@ void MonitorDisplayChanges() {
   // Deliberate: the first period is longer than that behind a change.
   g_resetTimer = SetTimer(nullptr, g_resetTimer, kFirstPeriod, ResetDisplaySettingsTimerProc);
   PumpUntilTold();
-  g_resetTimer = 0;  // a timer that is still pending ends with its thread, as the window does
   VLOG(2) << "DislayChangeMonitoringThreadProc() exit";
 }
 
 DWORD WINAPI DislayChangeMonitoringThreadProc(void*) {
+  const uint32_t run = g_run;
   try {
     MonitorDisplayChanges();
   } catch (...) {
     // Nothing may leave the thread. The host's wait runs out, and nothing is restored.
   }
+  // A timer that is still pending ends with its thread, as the window does. That of a later run is
+  // not this thread's to forget.
+  if (g_run == run) g_resetTimer = 0;
   return 0;
 }
 
 // --- On the host's thread.
 
 void StartMonitoring() {
+  ++g_run;
   // Nameless; the thread signals it once.
   g_ResetDisplaySettingsCompletedEvent = CreateEventA(nullptr, FALSE, FALSE, "");
   DCHECK(g_ResetDisplaySettingsCompletedEvent != NULL);

@@ -13,7 +13,10 @@ extern std::atomic<HANDLE> g_ResetDisplaySettingsCompletedEvent;
 extern HANDLE g_DCMThreadHandle;
 extern DWORD g_DCMThreadID;
 
+/// The pending restore timer; 0 when none. The monitoring thread's; one that an earlier run has
+/// left behind takes it, too, when its own timer fires.
+extern std::atomic<UINT_PTR> g_resetTimer;
+
 // The monitoring thread's. The period is set before it starts.
-extern UINT_PTR g_resetTimer;        // the pending restore timer; 0 when none
 extern uint32_t g_resetTimerPeriod;  // milliseconds to wait after a WM_DISPLAYCHANGE
 extern bool g_monitorClassRegistered;

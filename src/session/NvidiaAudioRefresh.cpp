@@ -73,8 +73,8 @@ bool DetectOnActiveObject() {
 /// The host may unload the library with a timer pending, which would then call into nothing.
 void KillAtUnload() {
   if (g_killedAtUnload) return;
-  g_killedAtUnload = true;
   AtExitManager::RegisterCallback([](void*) { KillRefreshTimer(); }, nullptr);
+  g_killedAtUnload = true;  // not before: the registration may throw
 }
 
 }  // namespace

@@ -7,7 +7,9 @@
 
 #include <regex>
 #include <string>
+#include <vector>
 
+#include "sim/MachineState.h"
 #include "tests/behaviour/LogText.h"
 #include "tests/support/SessionBench.h"
 
@@ -64,14 +66,22 @@ class DisplayChange : public testing::Test {
 
   uint32_t Width() { return bench.machine.model().sources[0].mode.width; }
   bool Restored() { return Width() == kRememberedWidth; }
+  /// The monitor's window: the one that the library made last and still has.
+  HWND MonitorWindow() {
+    const std::vector<HWND>& alive = bench.machine.state().windows.alive;
+    return alive.empty() ? nullptr : alive.back();
+  }
   MonitorState Variables() { return bench.box().MonitorVariables(); }
   void ExpectIdle() {
+    ExpectNoRun();
+    EXPECT_EQ(bench.machine.Outstanding(), before);
+  }
+  void ExpectNoRun() {
     const MonitorState state = Variables();
     EXPECT_EQ(state.event, nullptr);
     EXPECT_EQ(state.thread, nullptr);
     EXPECT_EQ(state.thread_id, 0u);
     EXPECT_EQ(state.timer, 0u);
-    EXPECT_EQ(bench.machine.Outstanding(), before);
     EXPECT_TRUE(bench.machine.ArmedTimers().empty());
   }
 

@@ -1,7 +1,7 @@
 // What the display-change monitor makes of calls that fail, of the window that it registers once,
 // and of Windows versions.
-#include "sim/MachineState.h"
 #include "tests/behaviour/DisplayChangeHost.h"
+#include "tests/whitebox/ProjectorBox.h"
 
 namespace {
 
@@ -10,7 +10,9 @@ constexpr char kNoEvent[] = "g_ResetDisplaySettingsCompletedEvent != NULL";
 
 using DisplayChangeFailure = DisplayChange;
 
-TEST_F(DisplayChangeFailure, WithoutTheEventTheThreadIsEndedAtOnce) {
+// A wait on nothing fails at once. The host then goes on to end a thread that may not have begun to
+// look for messages and would miss the one that ends it; in virtual time it always has begun.
+TEST_F(DisplayChangeFailure, WithoutTheEventTheHostDoesNotWaitForTheRestore) {
   bench.machine.Fail("CreateEventA", 1, ERROR_NO_SYSTEM_RESOURCES);
   Run();
   EXPECT_EQ(Story(), Failed(0, kNoEvent) + Enter() + Exit(0));
@@ -71,7 +73,7 @@ TEST_F(DisplayChangeFailure, WithoutTheClassThereIsNoWindowAndNoSecondTry) {
   ExpectIdle();
 }
 
-TEST_F(DisplayChangeFailure, WaitThatFailsEndsTheThreadAtOnce) {
+TEST_F(DisplayChangeFailure, AfterAFailedWaitTheHostDoesNotWaitForTheRestore) {
   bench.machine.Fail("WaitForSingleObject", 1, ERROR_INVALID_HANDLE);
   Run();
   EXPECT_EQ(Story(), Enter() + Exit(0));
@@ -129,6 +131,55 @@ TEST_F(DisplayChangeFailure, SelectionThatIsNoItemIsNotRestored) {
   EXPECT_FALSE(Restored());
 }
 
+// --- Memory that runs out.
+
+class DisplayChangeShortOfMemory : public DisplayChange {
+ protected:
+  // Checks, and nothing else that would be written.
+  const wchar_t* CommandLine() const override { return L"host.exe --enable-dcheck"; }
+  const ProjectorBox& memory() { return *bench.ostrel().white_box().projectors; }
+};
+
+// Whichever piece of memory a restore is refused, and wherever that ends it, the host is told at
+// once, and the thread still takes its message.
+TEST_F(DisplayChangeShortOfMemory, RestoreThatThrowsEndsTheWaitAllTheSame) {
+  bench.ostrel().ForgiveLeaks();  // a list of EDIDs that cannot grow leaves its key open
+  uint32_t not_restored = 0;
+  bool refused = true;
+  for (uint32_t nth = 1; refused && !HasFailure(); ++nth) {
+    bench.machine.model().sources[0].mode.width = kWidthBefore;
+    bench.machine.At(bench.machine.Now() + 1499, [&, nth] { memory().RefuseMemory(nth); });
+    bench.machine.JournalReads(true);
+    bench.machine.TakeJournal();
+    Run();
+    refused = !memory().RefuseMemory(0);
+    EXPECT_NE(bench.machine.TakeJournal().find("SetEvent(event)=1\n"), std::string::npos) << nth;
+    EXPECT_EQ(Took(), 1500u) << nth;
+    ExpectNoRun();
+    if (!Restored()) ++not_restored;
+  }
+  EXPECT_GE(not_restored, 1u);
+  EXPECT_TRUE(Restored());  // with enough of it
+  EXPECT_EQ(bench.machine.EndThreads(), 0u);
+}
+
+// The restore timer fires late, with nobody waiting, and the check that says so cannot be written.
+TEST_F(DisplayChangeShortOfMemory, CheckThatCannotBeWrittenIsPassedOver) {
+  for (uint64_t moment = 0; moment <= 19500; moment += 500) ChangeAt(moment);
+  bench.machine.Fail("PostThreadMessageA", 1);
+  Run();
+  ASSERT_EQ(Took(), 20000u);
+  bench.box().EndSession();
+  bench.machine.JournalReads(true);
+  bench.machine.TakeJournal();
+  memory().RefuseMemory(1);
+  bench.machine.Advance(5000);
+  EXPECT_FALSE(memory().RefuseMemory(0));  // it was refused
+  EXPECT_EQ(bench.machine.Log().find("Check failed"), std::string::npos);
+  EXPECT_NE(bench.machine.TakeJournal().find("SetEvent(null)=0\n"), std::string::npos);
+  EXPECT_EQ(bench.machine.EndThreads(), 1u);  // the thread goes on
+}
+
 // --- The class.
 
 TEST_F(DisplayChange, ClassIsRegisteredOnceAndStays) {
@@ -151,7 +202,7 @@ TEST_F(DisplayChange, WindowIsHiddenAndEndsWithItsThread) {
   HWND window = nullptr;
   bool visible = true;
   bench.machine.At(bench.machine.Now() + 100, [&] {
-    window = FindWindowA(kClass, kClass);
+    window = MonitorWindow();
     visible = IsWindowVisible(window) != 0;
   });
   Run();
@@ -161,6 +212,19 @@ TEST_F(DisplayChange, WindowIsHiddenAndEndsWithItsThread) {
   EXPECT_EQ(bench.machine.Calls("DestroyWindow"), 0u);
 }
 
+// The key messages that a window might get have their characters made first.
+TEST_F(DisplayChange, EveryMessageIsTranslatedAndDispatchedButTheLast) {
+  const uint32_t translated = bench.machine.Calls("TranslateMessage");
+  const uint32_t dispatched = bench.machine.Calls("DispatchMessageA");
+  bench.machine.At(bench.machine.Now() + 100, [&] {
+    PostThreadMessageA(Variables().thread_id, WM_APP, 0, 0);
+    bench.machine.state().threads.Notify(Variables().thread_id);
+  });
+  Run();  // that one, the timer's, and the one that ends the loop
+  EXPECT_EQ(bench.machine.Calls("TranslateMessage"), translated + 2);
+  EXPECT_EQ(bench.machine.Calls("DispatchMessageA"), dispatched + 2);
+}
+
 // Every other message goes to Windows' own procedure, and so does this one.
 TEST_F(DisplayChange, MessagesGoOnToWindows) {
   char title[64] = {};
@@ -168,7 +232,7 @@ TEST_F(DisplayChange, MessagesGoOnToWindows) {
   uint32_t at_start = 0;
   uint32_t behind_change = 0;
   bench.machine.At(bench.machine.Now() + 100, [&] {
-    GetWindowTextA(FindWindowA(kClass, kClass), title, 64);
+    GetWindowTextA(MonitorWindow(), title, 64);
     at_start = bench.machine.Calls("DefWindowProcA");
   });
   ChangeAt(200);

@@ -1,4 +1,7 @@
-// A thousand runs of the display-change monitor, each with changes at moments of its own.
+// A thousand runs of the display-change monitor, each with changes at moments of its own. They are
+// in virtual time, in which the host's thread and the monitor's take turns: what they hold is the
+// rule, and that nothing stays behind. What two threads that really run at one time do to each
+// other stands in DisplayChangeMonitorRealTimeTest.cpp.
 #include <algorithm>
 #include <random>
 #include <vector>

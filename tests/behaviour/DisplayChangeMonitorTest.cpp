@@ -205,7 +205,7 @@ TEST_F(LateTimer, RestoresNothingOnceTheSwitchSideHasEnded) {
   ExpectFiredWithoutRestore(20300);
 }
 
-// --- On which thread, and under which exceptions.
+// --- On which thread, and what it restores.
 
 TEST_F(DisplayChange, RestoreRunsOnTheMonitoringThread) {
   DWORD asked_on = 0;
@@ -219,6 +219,24 @@ TEST_F(DisplayChange, RestoreRunsOnTheMonitoringThread) {
   EXPECT_NE(asked_on, 0u);
   EXPECT_NE(asked_on, GetCurrentThreadId());
   EXPECT_EQ(asked_on, thread);
+}
+
+// The end of a thread that an earlier run has left behind is not to stop the timer of this one.
+TEST_F(DisplayChange, OneLeftBehindDoesNotTakeTheNextOnesTimerAlong) {
+  DWORD left_behind = 0;
+  bench.machine.At(bench.machine.Now() + 100, [&] { left_behind = Variables().thread_id; });
+  bench.machine.Fail("PostThreadMessageA", 1);
+  Run();
+  ASSERT_EQ(Took(), 11500u);
+  bench.machine.At(bench.machine.Now() + 100, [&] {
+    PostThreadMessageA(left_behind, WM_QUIT, 0, 0);
+    bench.machine.state().threads.Notify(left_behind);
+  });
+  ChangeAt(200);
+  Run();
+  EXPECT_EQ(Story(), Enter() + Exit(100) + Reset(200) + Timer(1000) + Exit(1000));
+  EXPECT_EQ(Took(), 1000u);
+  ExpectIdle();
 }
 
 TEST_F(DisplayChange, PresentationItemGetsItsOwnResolution) {
@@ -257,6 +275,7 @@ TEST_F(DisplayChangeAtLevel1, OnlyTheResetIsTold) {
 // --- Call by call.
 
 TEST_F(DisplayChange, CallsStandInTheirOrder) {
+  ChangeAt(500);
   bench.machine.JournalReads(true);
   bench.machine.TakeJournal();
   Run();
@@ -269,7 +288,13 @@ TEST_F(DisplayChange, CallsStandInTheirOrder) {
   for (std::string line; std::getline(journal, line);) {
     calls += std::regex_replace(line + "\n", other, "");
   }
-  calls = std::regex_replace(calls, std::regex("KillTimer.id=[1-9][0-9]*"), "KillTimer(id=*");
+  // The timers' numbers stand for themselves, the first and the second.
+  std::string armed = "first";
+  const std::regex kill("KillTimer.id=([1-9][0-9]*)");
+  for (std::smatch found; std::regex_search(calls, found, kill); armed = "second") {
+    calls = std::regex_replace(calls, std::regex("KillTimer.id=" + found[1].str() + ".=1"),
+                               "KillTimer(" + armed + ")=1");
+  }
   calls = std::regex_replace(calls, std::regex("(ChangeDisplaySettingsExA)[^\n]*"), "$1");
   EXPECT_EQ(calls,
             "CreateEventA(security=0 manual=0 set=0 name=\"\")=1\n"
@@ -280,7 +305,9 @@ TEST_F(DisplayChange, CallsStandInTheirOrder) {
             "title=HarborDisplayChangeMonitorWindow style=0xcf0000 at -2147483648,0 size=200x100 "
             "parent=0 menu=0 the host's instance)=1\n"
             "SetTimer(id=0 period=1500)=1\n"
-            "KillTimer(id=*)=1\n"
+            "KillTimer(first)=1\n"
+            "SetTimer(id=0 period=800)=1\n"
+            "KillTimer(second)=1\n"
             "ChangeDisplaySettingsExA\n"
             "SetEvent(event)=1\n"
             "WaitForSingleObject(10000)=0\n"

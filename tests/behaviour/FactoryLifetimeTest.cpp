@@ -49,7 +49,7 @@ TEST(FactoryLifetime, AnObjectThatDoesNotStartIsEnded) {
 
 TEST(FactoryLifetime, AControllerThatDoesNotStartIsEndedWithItsParts) {
   StandInHost host(kDisplaysOnBoth);
-  // The third start of NVIDIA's library is the controller's own.
+  // The second start of NVIDIA's library is the controller's own.
   int starts = 0;
   host.backends.on_start = [&](Backend backend) {
     if (backend == Backend::kNvidiaMMImplV3) ++starts;
@@ -149,12 +149,13 @@ TEST(FactoryLifetime, AnObjectReplacedWithinATimerLivesUntilTheTimerReturns) {
     EXPECT_NE(flipping->ActiveMonitor(), before);
     before->DetectDisplays();  // a complaint if it had ended
     g_flipping = nullptr;
+    return true;
   });
   host.machine.Advance(2000);
   EXPECT_EQ(g_flipping, nullptr);
   EXPECT_EQ(host.backends.complaints(), "");
   EXPECT_EQ(host.backends.Living(), "NvidiaMMImplV3 ");
-  host.Library().white_box().session->RepeatDetection([] {});
+  host.Library().white_box().session->RepeatDetection([] { return true; });
   host.machine.Advance(12000);
 }
 
@@ -288,8 +289,11 @@ TEST(RetireMonitor, WithoutMemoryToNoteItTheObjectIsNotEndedInUse) {
   host->RunInCallScope(
       [](void* context) {
         FactoryHost& inner = *static_cast<FactoryHost*>(context);
-        inner.Library().white_box().projectors->RefuseMemory(1);
-        inner->RetireMonitor(new FakeMonitor(inner.script));
+        const ProjectorBox& memory = *inner.Library().white_box().projectors;
+        auto* const monitor = new FakeMonitor(inner.script);
+        memory.RefuseMemory(1);
+        inner->RetireMonitor(monitor);
+        EXPECT_FALSE(memory.RefuseMemory(0));  // it was asked for, and refused
         EXPECT_FALSE(inner.script->deleted);
       },
       &host);

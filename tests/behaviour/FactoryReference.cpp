@@ -45,8 +45,12 @@ const AnswerRow kAnswers[] = {
      true},
     {[](const FactoryCase& c) { return c.Only(kAmd); }, "AtiMMImpl", kAmd, kAmd, true},
     // Several, with NVIDIA.
+    {[](const FactoryCase& c) { return c.AsksWindowsAcross() && c.DisplayLinkThrows(); }, "throws",
+     0, 0, true},
     {[](const FactoryCase& c) { return c.Nvidia() && c.script.nvidia == Start::kThrows; }, "throws",
      0, 0, true},
+    {[](const FactoryCase& c) { return c.StartsDisplayLinkForIntel() && c.DisplayLinkThrows(); },
+     "throws", 0, 0, true},
     {[](const FactoryCase& c) { return c.Across(); }, "HybridController", kHybrid, kHybrid, true},
     {[](const FactoryCase& c) { return c.Nvidia() && c.NvidiaWanted(); }, "NvidiaMMImplV3", kNvidia,
      kNvidia, true},
@@ -70,31 +74,76 @@ struct StartRow {
   const char* started;
 };
 
-bool ReachesAdapters(const FactoryCase& c) { return !Prefers(c); }
+bool AsksDisplayLinkAcross(const FactoryCase& c) {
+  return c.AsksWindowsAcross() && c.DisplayLink();
+}
+bool AsksWin7CcdAcross(const FactoryCase& c) { return c.AsksWindowsAcross() && !c.DisplayLink(); }
 
 // Every row that fits adds its part.
 const StartRow kStarts[] = {
     // May NVIDIA place displays across the Intel adapter?
     {[](const FactoryCase& c) { return c.Nvidia() && c.Seven(); }, "IntelMMImpl "},
     {[](const FactoryCase& c) { return c.Nvidia() && c.AsksNvidiaAcross(); }, "NvidiaMMImplV3 "},
-    {[](const FactoryCase& c) {
-       return c.Nvidia() && c.AsksNvidiaAcross() && c.script.nvidia == Start::kWorks &&
-              c.DisplayLink();
-     },
-     "DisplayLinkWorkaroundImpl "},
+    {AsksDisplayLinkAcross, "DisplayLinkWorkaroundImpl "},
+    {AsksWin7CcdAcross, "Win7CCD "},
     {[](const FactoryCase& c) { return c.Across() && c.DisplayLink(); },
      "DisplayLinkWorkaroundImpl "},
     // Which of the two leads?
-    {[](const FactoryCase& c) { return c.Nvidia() && !c.Across(); }, "NvidiaMMImplV3 "},
-    {[](const FactoryCase& c) {
-       return c.Nvidia() && !c.Across() && c.script.nvidia != Start::kThrows && !c.NvidiaWanted() &&
-              c.IntelInHand() && c.DisplayLink();
-     },
+    {[](const FactoryCase& c) { return c.Probes(); }, "NvidiaMMImplV3 "},
+    {[](const FactoryCase& c) { return c.StartsDisplayLinkForIntel(); },
      "DisplayLinkWorkaroundImpl "},
     // AMD.
     {[](const FactoryCase& c) { return c.Only(kAmd) && c.script.adl_qualifies; }, "ADLImpl "},
     {[](const FactoryCase& c) { return c.Amd(); }, "ADLImpl "},
 };
+
+// The questions again; what was chosen is there.
+const StartRow kSecondStarts[] = {
+    {[](const FactoryCase& c) { return c.Nvidia() && c.Seven(); }, "IntelMMImpl "},
+    {[](const FactoryCase& c) { return c.Nvidia() && c.AsksNvidiaAcross(); }, "NvidiaMMImplV3 "},
+    {AsksDisplayLinkAcross, "DisplayLinkWorkaroundImpl "},
+    {AsksWin7CcdAcross, "Win7CCD "},
+    {[](const FactoryCase& c) { return c.Probes() && !c.ProbeIsOver(); }, "NvidiaMMImplV3 "},
+    // Nothing was chosen, since it did not get that far.
+    {[](const FactoryCase& c) { return c.StartsDisplayLinkForIntel() && c.DisplayLinkThrows(); },
+     "DisplayLinkWorkaroundImpl "},
+    {[](const FactoryCase& c) {
+       return c.Only(kAmd) && c.script.adl_qualifies && c.script.adl == Start::kThrows;
+     },
+     "ADLImpl "},
+    {[](const FactoryCase& c) { return c.Amd(); }, "ADLImpl "},
+};
+
+// Who drives the panel now?
+bool AsksNvidiaNow(const FactoryCase& c) {
+  const std::vector<uint16_t> list = c.List(false);
+  return list.size() >= 2 && std::count(list.begin(), list.end(), kNvidia) != 0;
+}
+bool AsksAmdNow(const FactoryCase& c) {
+  const std::vector<uint16_t> list = c.List(false);
+  return list.size() >= 2 && std::count(list.begin(), list.end(), kAmd) != 0 && !AsksNvidiaNow(c);
+}
+bool AsksWindowsNow(const FactoryCase& c) {
+  return AsksNvidiaNow(c) && c.script.nvidia == Start::kWorks && c.script.discrete_only &&
+         c.windows->order > kVista;
+}
+const StartRow kVendorChangeStarts[] = {
+    {AsksNvidiaNow, "NvidiaMMImplV2 "},
+    {[](const FactoryCase& c) { return AsksWindowsNow(c) && c.script.display_link_service; },
+     "DisplayLinkWorkaroundImpl "},
+    {[](const FactoryCase& c) { return AsksWindowsNow(c) && !c.script.display_link_service; },
+     "Win7CCD "},
+    {AsksAmdNow, "ADLImpl "},
+};
+
+template <size_t kRows>
+std::string Sum(const StartRow (&rows)[kRows], const FactoryCase& c) {
+  std::string starts;
+  for (const StartRow& row : rows) {
+    if (row.when(c)) starts += row.started;
+  }
+  return starts;
+}
 
 }  // namespace
 
@@ -141,13 +190,20 @@ const AnswerRow& AnswerOf(const FactoryCase& c) {
                        [&c](const AnswerRow& row) { return row.when(c); });
 }
 
-std::string StartsOf(const FactoryCase& c) {
-  std::string starts;
-  if (!ReachesAdapters(c)) return starts;
-  for (const StartRow& row : kStarts) {
-    if (row.when(c)) starts += row.started;
-  }
-  return starts;
+std::string StartsOf(const FactoryCase& c) { return Prefers(c) ? "" : Sum(kStarts, c); }
+
+std::string SecondStartsOf(const FactoryCase& c) { return Prefers(c) ? "" : Sum(kSecondStarts, c); }
+
+std::string VendorChangeStartsOf(const FactoryCase& c, bool changes, uint16_t vendor) {
+  const bool starts_amd = changes && vendor == kAmd && c.script.adl_qualifies;
+  return Sum(kVendorChangeStarts, c) + (starts_amd ? "ADLImpl " : "");
+}
+
+KeptState KeptStateOf(const FactoryCase& c) {
+  const uint16_t active = AnswerOf(c).active;
+  const bool chosen = active != kCcd && active != kHybrid;  // these two are nobody's
+  if (Prefers(c)) return {0, false, true};
+  return {chosen ? active : uint16_t{0}, c.Probes() && c.NvidiaWanted(), !c.ProbeIsOver()};
 }
 
 std::string LivingOf(const FactoryCase& c) {
@@ -155,10 +211,11 @@ std::string LivingOf(const FactoryCase& c) {
   if (object == "HybridController") {
     return c.DisplayLink() ? "NvidiaMMImplV3CrossAdapter DisplayLinkWorkaroundImpl "
                              "DisplayLinkWorkaroundImpl "
-                           : "IntelMMImpl NvidiaMMImplV3CrossAdapter ";
+                           : "IntelMMImpl NvidiaMMImplV3CrossAdapter Win7CCD ";
   }
-  const bool real = object == "none" || object == "throws" || object == "Win7CCD" ||
-                    object == "NullMonitorController";
+  // The object that threw has its place already.
+  if (object == "throws" && c.StartsDisplayLinkForIntel()) return "DisplayLinkWorkaroundImpl ";
+  const bool real = object == "none" || object == "throws" || object == "NullMonitorController";
   return real ? "" : object + " ";
 }
 
@@ -172,11 +229,11 @@ uint16_t ActiveVendorOf(const FactoryCase& c, bool* thrown) {
   if (list.size() == 1) return list[0];
   if (lists(kNvidia)) {
     // From 2008 on Windows is asked, but it is Windows 7 that can answer.
-    const bool refused = c.script.display_link_service && c.script.display_link != Start::kWorks;
-    const bool asks_windows = c.windows->order > kVista && !refused;
-    *thrown =
-        c.script.nvidia == Start::kThrows ||
-        (c.script.nvidia == Start::kWorks && c.script.discrete_only && asks_windows && !c.Seven());
+    const Start start = c.script.display_link_service ? c.script.display_link : Start::kWorks;
+    const bool asks_windows = c.windows->order > kVista && start != Start::kFails;
+    *thrown = c.script.nvidia == Start::kThrows ||
+              (c.script.nvidia == Start::kWorks && c.script.discrete_only && asks_windows &&
+               (start == Start::kThrows || !c.Seven()));
     if (c.script.nvidia != Start::kWorks) return kIntel;
     if (!c.script.discrete_only) return c.ModeNamesNvidia() ? kNvidia : kIntel;
     return (asks_windows ? c.two_active : c.script.could_manage) ? kNvidia : kIntel;

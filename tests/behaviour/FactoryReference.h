@@ -24,7 +24,16 @@ constexpr WindowsRow kWindowsRows[] = {
 };
 
 /// What stands in the machine's device list.
-enum class Card { kIntel, kNvidia, kAmd, kSis, kDisabledNvidia, kRootIntel };
+enum class Card {
+  kIntel,
+  kNvidia,
+  kAmd,
+  kSis,
+  kDisabledNvidia,
+  kRootIntel,
+  kDisabledIntel,
+  kRootNvidia,
+};
 struct CardRow {
   const char* name;
   const char* hardware_id;
@@ -39,6 +48,8 @@ constexpr CardRow kCards[] = {
     {"SiS", "PCI\\VEN_1039&DEV_6330", 0x1039, false, false},
     {"NVIDIA(disabled)", "PCI\\VEN_10DE&DEV_0DF4", 0x10DE, true, false},
     {"Intel(root)", "ROOT\\VEN_8086&DEV_0000", 0x8086, false, true},
+    {"Intel(disabled)", "PCI\\VEN_8086&DEV_0166", 0x8086, true, false},
+    {"NVIDIA(root)", "ROOT\\VEN_10DE&DEV_0000", 0x10DE, false, true},
 };
 using Cards = std::vector<Card>;
 
@@ -60,6 +71,7 @@ struct FactoryCase {
   bool Nvidia() const { return TwoWith(0x10DE); }
   bool Amd() const { return TwoWith(0x1002) && !Nvidia(); }
   bool DisplayLink() const { return Seven() && script.display_link_service; }
+  bool DisplayLinkThrows() const { return DisplayLink() && script.display_link == Start::kThrows; }
   /// The probe has an Intel object in hand.
   bool IntelInHand() const { return Seven() && script.intel != Start::kFails; }
   bool AsksNvidiaAcross() const {
@@ -70,13 +82,31 @@ struct FactoryCase {
   }
   bool Across() const {
     return Nvidia() && AsksNvidiaAcross() && script.nvidia == Start::kWorks &&
+           !DisplayLinkThrows() &&
            (SeesTwo() || (script.discrete_only && script.cross_adapter_capable));
+  }
+  /// Windows is asked how many adapters have displays.
+  bool AsksWindowsAcross() const {
+    return Nvidia() && AsksNvidiaAcross() && script.nvidia == Start::kWorks;
+  }
+  /// It is asked which of the two leads.
+  bool Probes() const {
+    return Nvidia() && !Across() && !(AsksWindowsAcross() && DisplayLinkThrows());
+  }
+  /// NVIDIA's library has answered the first question, and is not asked again.
+  bool ProbeIsOver() const {
+    return Probes() && script.nvidia == Start::kWorks && script.discrete_only;
   }
   bool ModeNamesNvidia() const { return script.adapter_mode == 1u || script.adapter_mode == 3u; }
   bool NvidiaWanted() const {
     if (script.nvidia != Start::kWorks) return false;
     if (!script.discrete_only) return ModeNamesNvidia();
     return script.could_manage && !(IntelInHand() && script.intel_has_hdmi);
+  }
+  /// Intel is chosen, and its object in hand gives way to the DisplayLink one.
+  bool StartsDisplayLinkForIntel() const {
+    return Probes() && script.nvidia != Start::kThrows && !NvidiaWanted() && IntelInHand() &&
+           DisplayLink();
   }
 };
 
@@ -92,8 +122,22 @@ struct AnswerRow {
 const AnswerRow& AnswerOf(const FactoryCase& c);
 /// Whose Initial has been called by then, in order, each with a blank behind it.
 std::string StartsOf(const FactoryCase& c);
-/// The objects that are there then, beside Win7CCD and the like: each with a blank behind it.
+/// The same for a second call.
+std::string SecondStartsOf(const FactoryCase& c);
+/// The same for a look at the active vendor behind them, which then changes to `vendor`, or stays.
+std::string VendorChangeStartsOf(const FactoryCase& c, bool changes, uint16_t vendor);
+/// The objects that are there behind the first call, beside those without a library: each with a
+/// blank behind it.
 std::string LivingOf(const FactoryCase& c);
+
+/// What the factory keeps behind either call: the vendor that it chose, that NVIDIA leads, and that
+/// the question is still open.
+struct KeptState {
+  uint16_t factory_vendor;
+  bool use_nvidia_on_hybrid;
+  bool probe_nvidia;
+};
+KeptState KeptStateOf(const FactoryCase& c);
 
 /// The vendor that drives the panel; "throws" is told by `thrown`.
 uint16_t ActiveVendorOf(const FactoryCase& c, bool* thrown);

@@ -277,7 +277,7 @@ TEST(OnActiveDisplayAdapterVendorChanged, DoesNothingWhileTheVendorIsTheSame) {
   host->OnActiveDisplayAdapterVendorChanged();
   EXPECT_FALSE(host.script->deleted);
   EXPECT_TRUE(Contains(host.machine.Log(),
-                       "OnActiveDisplayAdapterVendorChanged()\n\t Original vendor id: 8086\n"
+                       "OnActiveDisplayAdapterVendorChanged()\n\t Original vendor id: 8086"
                        "\t New vendor id     : 8086\n"));
   EXPECT_FALSE(Contains(host.machine.Log(), "Adapter vendor id changed to"));
 }
@@ -290,7 +290,7 @@ TEST(OnActiveDisplayAdapterVendorChanged, ReplacesTheObjectAndSaysSo) {
   EXPECT_TRUE(host.script->deleted);
   EXPECT_EQ(host->ActiveVendor(), 0x10DE);
   EXPECT_TRUE(Contains(host.machine.Log(),
-                       "OnActiveDisplayAdapterVendorChanged()\n\t Original vendor id: 8086\n"
+                       "OnActiveDisplayAdapterVendorChanged()\n\t Original vendor id: 8086"
                        "\t New vendor id     : 10de\n"));
   EXPECT_TRUE(Contains(host.machine.Log(), "Adapter vendor id changed to : 4318\n"));
 }

@@ -164,6 +164,80 @@ TEST(HybridArrange, EmptyListOfDevicesEndsEachArrangementWithoutACommit) {
             std::string(kClear) + kPanelAlone + kPanelClone + kCurrentWide + kCurrent + kDevices);
 }
 
+// --- The devices.
+
+/// The devices that something is stored for, in order, the primary one marked: "1* 3".
+std::string StoredDevices(const std::string& told) {
+  constexpr char kCall[] = "ChangeDisplaySettingsExA(\\\\.\\DISPLAY";
+  std::istringstream lines(told);
+  std::string devices;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.rfind(kCall, 0) != 0) continue;
+    const bool primary = line.find(" flags=0x10000011)") != std::string::npos;
+    if (!primary && line.find(" flags=0x10000001)") == std::string::npos) continue;
+    devices += devices.empty() ? "" : " ";
+    devices += line[sizeof(kCall) - 1];
+    devices += primary ? "*" : "";
+  }
+  return devices;
+}
+
+// NVIDIA's devices are Windows' first ones here, 1 and 2, and Intel's are 3 and 4.
+constexpr char kNvidiaFirst[] =
+    "win7 nvidia, intel: internal@2 1366x768 active, crt@2 1280x1024, dp 1600x900, hdmi 1920x1080";
+
+TEST(HybridArrange, FirstArrangementGoesByTheListOfAllDevices) {
+  HybridHost host(kNvidiaFirst);
+  UseNativeSizes(&host);
+  IMMonitor* const hybrid = &host.hybrid();
+  for (const auto arrange :
+       {host.box().ApplyExtendAcrossAdapters, host.box().ApplyExtendAcrossAdaptersWithSize}) {
+    host.Forget();
+    arrange(hybrid, kNb | kCrt, kNb | kCrt);
+    EXPECT_EQ(StoredDevices(host.Told()), "1* 2");
+    arrange(hybrid, kNb | kCrt | kHdmi | kDp, kNb | kHdmi | kDp);
+    EXPECT_EQ(StoredDevices(host.Told()), "1* 1 2");
+  }
+}
+
+TEST(HybridArrange, CrtOfTheFirstArrangementMayGoOnADeviceOfNvidias) {
+  HybridHost host("win7 intel*1, nvidia: internal 1366x768 active, dp@2 1600x900");
+  UseNativeSizes(&host);
+  IMMonitor* const hybrid = &host.hybrid();
+  for (const auto arrange :
+       {host.box().ApplyExtendAcrossAdapters, host.box().ApplyExtendAcrossAdaptersWithSize}) {
+    host.Forget();
+    EXPECT_EQ(arrange(hybrid, kNb | kCrt, kNb | kCrt), 1);
+    EXPECT_EQ(StoredDevices(host.Told()), "1* 2");
+  }
+}
+
+TEST(HybridArrange, SecondArrangementBeginsWithIntelsFirstDevice) {
+  HybridHost host(kNvidiaFirst);
+  UseNativeSizes(&host);
+  IMMonitor* const hybrid = &host.hybrid();
+  host.Forget();
+  const uint32_t all = kNb | kCrt | kHdmi | kDp;
+  host.box().ApplyCloneAcrossAdapters(hybrid, all, kNb);
+  EXPECT_EQ(StoredDevices(host.Told()), "3*");
+  host.box().ApplyCloneAcrossAdapters(hybrid, all, all);
+  EXPECT_EQ(StoredDevices(host.Told()), "3* 1 2");
+}
+
+TEST(HybridArrange, SecondArrangementNeedsADeviceOfIntels) {
+  HybridHost host("win7 nvidia: internal 1366x768 active, hdmi 1920x1080");
+  UseNativeSizes(&host);
+  IMMonitor* const hybrid = &host.hybrid();
+  for (const uint32_t connected : {kNb | kHdmi, kNb | kCrt | kHdmi}) {
+    host.Forget();
+    EXPECT_EQ(host.box().ApplyCloneAcrossAdapters(hybrid, connected, kNb | kHdmi), 0);
+    EXPECT_EQ(CountOf(host.Told(), "ChangeDisplaySettingsExA"), 0u);
+  }
+  // The first arrangement needs any.
+  EXPECT_EQ(host.box().ApplyExtendAcrossAdapters(hybrid, kNb, kNb), 1);
+  EXPECT_EQ(StoredDevices(host.Told()), "1*");
+}
+
 TEST(HybridArrange, CrtNeedsASecondDevice) {
   HybridHost host("win7 intel*1: internal 1366x768 active");
   host.hybrid();

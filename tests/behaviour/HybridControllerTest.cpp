@@ -286,6 +286,26 @@ TEST(HybridEdid, UnreadableEdidGivesNothingBack) {
   EXPECT_EQ(edid.cb, 0u);
 }
 
+/// Says that it has read bytes, and hands out none.
+class MonitorWithoutBytes : public FakeExtensionMonitor {
+ public:
+  using FakeExtensionMonitor::FakeExtensionMonitor;
+  bool GetEDID(uint32_t /*display*/, EdidBlob* edid) override {
+    edid->cb = 128;
+    edid->pv = nullptr;
+    return true;
+  }
+};
+
+TEST(HybridEdid, SuccessWithoutBytesIsAFailure) {
+  HybridHost host;
+  host.HybridOver(new MonitorWithoutBytes(host.intel), host.NewNvidia(), nullptr);
+  EdidBlob edid;
+  EXPECT_FALSE(host.extension().GetEDID(kCrt, &edid));
+  EXPECT_EQ(edid.pv, nullptr);
+  EXPECT_EQ(edid.cb, 0u);
+}
+
 TEST(HybridEdid, ObjectWithoutTheInterfaceHasNone) {
   HybridHost host;
   host.nvidia->edid = {1};
@@ -351,6 +371,17 @@ TEST(HybridController, MissingObjectsRefuse) {
   EXPECT_FALSE(hybrid.GetDisplaySettings(kHdmi, &dm));
   EXPECT_FALSE(host.extension().GetEDID(kNb, &edid));
   hybrid.DetectDisplays();
+  EXPECT_EQ(host.Told(), "");
+}
+
+// The arrangements are Windows' for the most part, which is asked all the same.
+TEST(HybridController, MissingObjectsInTheArrangements) {
+  HybridHost host;
+  IMMonitor& hybrid = host.HybridOver(nullptr, nullptr, nullptr);
+  EXPECT_EQ(hybrid.SetNewDisplayMode(IMMonitor::DM_ADVANCED_P1, kNb | kCrt | kHdmi), 1);
+  host.Forget();
+  // Nobody says what to clone CRT with.
+  EXPECT_EQ(host.box().ApplyCloneAcrossAdapters(&hybrid, kNb | kCrt, kNb | kCrt), 0);
   EXPECT_EQ(host.Told(), "");
 }
 

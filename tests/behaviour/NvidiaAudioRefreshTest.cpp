@@ -132,12 +132,30 @@ TEST(RefreshAtUnload, EndsWithTheLibrary) {
   EXPECT_EQ(g_detections, 1);
 }
 
+// The library cannot note then that the timer is to end with it, and makes none; the next start
+// notes it.
+TEST(RefreshAtUnload, EndsWithTheLibraryAlsoAfterAStartWithoutMemory) {
+  FakeHost host;
+  ASSERT_TRUE(host.ostrel->Init());
+  const auto& box = host.ostrel->white_box();
+  box.projectors->RefuseMemory(1);
+  EXPECT_ANY_THROW(box.session->RepeatDetection(CountDetection));
+  ASSERT_FALSE(box.projectors->RefuseMemory(0));  // it was refused
+  EXPECT_TRUE(host.machine.ArmedTimers().empty());
+  box.session->RepeatDetection(CountDetection);
+  host.End();
+  EXPECT_EQ(host.machine.ArmedTimers().size(), 1u);
+  host.ostrel.reset();
+  EXPECT_TRUE(host.machine.ArmedTimers().empty());
+}
+
 // --- Where it starts.
 
 class RefreshStart : public testing::Test {
  protected:
-  void Start(const char* windows) {
+  void Start(const char* windows, std::optional<sim::WindowsVersion> version = std::nullopt) {
     bench.emplace(std::string(windows) + " nvidia: internal 1366x768 active, crt 1024x768");
+    if (version) bench->machine.model().windows = *version;
     bench->machine.SetCommandLine(L"host.exe --enable-dcheck");
     bench->machine.model().wave_out_devices = 2;
     ASSERT_TRUE(bench->Start(static_cast<uint16_t>(kVendorNvidia)));
@@ -164,6 +182,11 @@ TEST_F(RefreshStart, OnlyUpToWindowsXp) {
     EXPECT_EQ(Looks(IMMonitor::DM_SINGLE), std::string(windows) == "xp") << windows;
     bench.reset();
   }
+}
+
+TEST_F(RefreshStart, AlsoOnWindows2000) {
+  Start("xp", sim::WindowsVersion{5, 0, 2195, 1, std::nullopt, "Service Pack 4"});
+  EXPECT_TRUE(Looks(IMMonitor::DM_SINGLE));
 }
 
 TEST_F(RefreshStart, OnlyOnNvidia) {
@@ -271,6 +294,20 @@ TEST_F(RefreshOnXp, EndsWithTheObjectAndMakesNone) {
   EXPECT_EQ(Detections(), at_start);
   EXPECT_TRUE(Complained());
   EXPECT_EQ(machine.Outstanding(), held);
+}
+
+// The library has been set up anew meanwhile, on an adapter of another vendor.
+TEST_F(RefreshOnXp, EndsWhereAnotherVendorsObjectHasTakenThePlace) {
+  SwitchTo(2);
+  ostrel->DeInit();
+  machine.model().adapters[0].hardware_id = "PCI\\VEN_8086&DEV_27A2";
+  ASSERT_TRUE(ostrel->Init());
+  EXPECT_NE(ostrel->GetVgaVendor(), 3u);
+  EXPECT_TRUE(IsPending());
+  machine.Advance(20000);
+  EXPECT_FALSE(IsPending());
+  EXPECT_EQ(Detections(), at_start);
+  EXPECT_TRUE(Complained());
 }
 
 TEST_F(RefreshOnXp, NextSwitchStartsItAnew) {

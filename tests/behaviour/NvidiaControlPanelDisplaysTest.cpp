@@ -59,6 +59,13 @@ TEST(NvidiaMMImplDisplays, HdmiPlugWithAnotherMonitorIsDvi) {
   EXPECT_EQ(host.Connected(), "9 (2)");
 }
 
+TEST(NvidiaMMImplDisplays, ActiveHdmiPlugWithAnotherMonitorIsDvi) {
+  NvidiaPanelHost host("xp nvidia: internal 1280x800 active, hdmi 1920x1080 active");
+  EXPECT_EQ(host.Active(), "17 (2)");
+  host.connector("hdmi").nvidia_connector_type = 23;
+  EXPECT_EQ(host.Active(), "9 (2)");
+}
+
 TEST(NvidiaMMImplDisplays, HdmiThatCannotBeAskedIsDvi) {
   NvidiaPanelHost host("xp nvidia: internal 1280x800 active, hdmi 1920x1080");
   host.nvidia();

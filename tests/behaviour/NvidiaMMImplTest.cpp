@@ -229,11 +229,12 @@ TEST(NvidiaMMImplSettings, ComeFromTheObjectWithin) {
 TEST(NvidiaMMImplSettings, SeveralDisplaysAreCheckedHereAndThere) {
   NvidiaPanelHost host(kPair, kChecks);
   host.nvidia();
-  host.ForgetLog();
   DEVMODEA dm = {};
   host.nvidia().GetDisplaySettings(3, &dm);
-  const std::string log = host.TakeLog();
-  EXPECT_GE(CountOf(log, "Check failed: CountBits(imm_display) == 1. \n"), 2u);
+  const std::string log = WithoutSourceLines(host.machine.Log());
+  const std::string check = ".cpp] Check failed: CountBits(imm_display) == 1. \n";
+  EXPECT_EQ(CountOf(log, ":NvidiaMMImpl" + check), 1u) << log;
+  EXPECT_GE(CountOf(log, check), 2u) << log;
 }
 
 TEST(NvidiaMMImplSettings, NoRecordIsACheckAndAFailure) {
@@ -270,11 +271,21 @@ TEST(NvidiaMMImpl, EveryOperationFailsBeforeInitial) {
   ExpectFailures(&host);
 }
 
-TEST(NvidiaMMImpl, EveryOperationFailsAfterAFailedInitial) {
+TEST(NvidiaMMImpl, EveryOperationFailsWithoutAnyEntry) {
   NvidiaPanelHost host(kPair, kChecks);
   for (const char* name : kRequired) sim::RemoveNvCplEntry(host.machine, name);
   EXPECT_FALSE(host.bare()->Initial());
   ExpectFailures(&host);
+}
+
+// The library is held then, and what it has is bound.
+TEST(NvidiaMMImpl, SwitchesAfterAFailedInitialAsFarAsItHasTheEntries) {
+  NvidiaPanelHost host(kPair, kChecks);
+  sim::RemoveNvCplEntry(host.machine, "dtcfgex");
+  EXPECT_FALSE(host.bare()->Initial());
+  host.machine.TakeJournal();
+  EXPECT_TRUE(host.bare()->SetNewDisplayMode(IMMonitor::DM_SINGLE, IMMonitor::MD_NB));
+  EXPECT_EQ(host.machine.TakeJournal(), Shown("standard DA"));
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ TEST(NvidiaV3, WithoutApiNamesAForeignNobody) {
 
 TEST(NvidiaV3, OnVistaNamesAForeignNobody) {
   V3Host host("vista nvidia: internal 1366x768 active, hdmi 1920x1080", kChecked);
-  EXPECT_EQ(host.Apply(kSingle, kHdmi), host.SetOne("foreign [target=0x0 unknown]", -5) + "0");
+  EXPECT_EQ(host.Apply(kSingle, kHdmi), host.SetOne("foreign [target=0x0 unknown]", -3) + "0");
   EXPECT_EQ(host.TakeLog(), "");
 }
 

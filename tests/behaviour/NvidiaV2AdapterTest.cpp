@@ -38,6 +38,13 @@ TEST(NvidiaV2Adapter, LeadsInModes1And3) {
   EXPECT_FALSE(host.box().LeadsByAdapterMode(&host.nv()));
 }
 
+TEST(NvidiaV2Adapter, LeadsWhereTheDriverLeavesTheModeAsItWasAsked) {
+  NvidiaHost host("win7 intel, nvidia: internal@2 1366x768 active, hdmi@2 1920x1080");
+  host.nv();
+  sim::LeaveNvHybridMode(host.machine);
+  EXPECT_TRUE(host.box().LeadsByAdapterMode(&host.nv()));
+}
+
 std::string CapabilityLines(const char* panel, const char* hdmi, const char* display_port) {
   return std::string("INFO CouldManageMultipleDisplay()\n\t internal_display_found = ") + panel +
          "\n\t hdmi_found = " + hdmi + "\n\t displayport_found = " + display_port + "\n";

@@ -283,12 +283,14 @@ TEST(NvidiaV2ExtendOff, DeviceOfAnotherVendorIsDetachedToo) {
             Keep("DISPLAY1", "1366x768x32@60") + Detach("DISPLAY3") + Commit() + "1");
 }
 
-// Detached like any other, which Windows refuses here.
+// It is to be detached like any other. Here it has no settings to read and takes none, and the
+// commit cannot keep it.
 TEST(NvidiaV2ExtendOff, AttachedMirroringDeviceIsToBeDetachedToo) {
   NvidiaHost host("win7 nvidia, amd: internal 1366x768 active, hdmi@2 1920x1080 active");
   host.model().adapters[1].mirroring = true;
   EXPECT_EQ(host.Extend(FALSE), Keep("DISPLAY1", "1366x768x32@60") +
-                                    Change("DISPLAY3", "0x0x32@60", "0x2", -1) + Commit() + "1");
+                                    Change("DISPLAY3", "0x0x0@0", "0x2", -1, "0x5c0000") +
+                                    Commit(-1) + "0");
 }
 
 TEST(NvidiaV2ExtendOff, SettingsThatFailTheTestAreNotStored) {

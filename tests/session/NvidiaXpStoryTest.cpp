@@ -2,7 +2,9 @@
 // panel's library of the simulated driver, and the program that the switch starts.
 #include <sstream>
 
+#include "sim/MachineState.h"
 #include "sim/faces/NvCplDriver.h"
+#include "sim/faces/Programs.h"
 #include "tests/session/Story.h"
 
 namespace {
@@ -23,6 +25,21 @@ class NvidiaXpStory : public Story {
     return "CreateProcessA(rundll32.exe NvCpl.DLL,dtcfg setview 0 " + view +
            ")=1\ndtcfg(setview 0 " + view + ")=1\n";
   }
+
+  /// As Choose. @return how long the library worked once the pop-up had closed: the pause that is
+  /// configured, and the watch of the display changes
+  uint64_t ChooseAndTime(const std::string& picture) {
+    const uint64_t begin = machine->Now();
+    Choose(picture);
+    return machine->Now() - begin - kPopupTime;
+  }
+  /// Windows tells of a further change, so many milliseconds behind a press of now.
+  void ChangeAt(uint64_t milliseconds) {
+    machine->At(machine->Now() + kPopupTime + milliseconds,
+                [this] { machine->BroadcastDisplayChange(); });
+  }
+
+  static constexpr uint64_t kPopupTime = 1500;
 };
 
 class NvidiaXpPair : public NvidiaXpStory {
@@ -89,6 +106,71 @@ TEST_F(NvidiaXpPair, SizeOfTheCloneComesBack) {
   EXPECT_EQ(Desktops(), "internal+crt 800x600x32@60 at 0,0");
 }
 
+// --- The driver changes the displays while the library goes on, and the library waits for quiet.
+
+class NvidiaXpChanges : public NvidiaXpPair {
+ protected:
+  void SetUp() override {
+    NvidiaXpPair::SetUp();
+    machine->Config("Settings", "Delay Time To Restore Display Settings", 0);
+    StartProcess();
+    // What the clone is to come back with, which Windows has forgotten.
+    Choose("NB-CRT.png");
+    UserSets("crt", 800, 600);
+    Choose("NB.png");
+    WindowsForgets();
+    threads_before = machine->Calls("CreateThread");
+    sim::LetProgramsTake(*machine, 400);
+    TakePrograms();
+  }
+  uint32_t Monitors() const { return machine->Calls("CreateThread") - threads_before; }
+
+  static constexpr char kCameBack[] = "internal+crt 800x600x32@60 at 0,0";
+  uint32_t threads_before = 0;
+};
+
+TEST_F(NvidiaXpChanges, SizeComesBack800BehindTheDriversChange) {
+  EXPECT_EQ(ChooseAndTime("NB-CRT.png"), 400u + 800u);
+  EXPECT_EQ(TakePrograms(), Shown("clone DA AA"));
+  EXPECT_EQ(Desktops(), kCameBack);
+  EXPECT_EQ(Monitors(), 1u);
+}
+
+TEST_F(NvidiaXpChanges, SizeComesBack800BehindTheLastOfThree) {
+  for (const uint64_t moment : {900, 1400}) ChangeAt(moment);
+  EXPECT_EQ(ChooseAndTime("NB-CRT.png"), 1400u + 800u);
+  EXPECT_EQ(Desktops(), kCameBack);
+}
+
+TEST_F(NvidiaXpChanges, FromExtendedDesktopItComesBack1600BehindTheChange) {
+  EXPECT_EQ(ChooseAndTime("Extend.png"), 400u + 800u);
+  EXPECT_EQ(machine->Topology(), "extend internal+crt");
+  EXPECT_EQ(ChooseAndTime("NB-CRT.png"), 400u + 1600u);
+  EXPECT_EQ(Desktops(), kCameBack);
+}
+
+TEST_F(NvidiaXpChanges, ProgramThatDoesNothingIsWaitedFor1500) {
+  machine->Fail("dtcfg", 1);
+  EXPECT_EQ(ChooseAndTime("NB-CRT.png"), 1500u);
+  EXPECT_EQ(machine->Topology(), "single internal");
+}
+
+TEST_F(NvidiaXpChanges, SlowDriverChangesWhatWasRestoredTooEarly) {
+  sim::LetProgramsTake(*machine, 2000);
+  EXPECT_EQ(ChooseAndTime("NB-CRT.png"), 1500u);
+  EXPECT_EQ(machine->Topology(), "single internal");
+  machine->Advance(500);
+  EXPECT_EQ(machine->Topology(), "clone internal+crt");
+  EXPECT_NE(Desktops(), kCameBack);
+}
+
+TEST_F(NvidiaXpChanges, DriverThatNeverRestsEndsTheWaitWithNothingRestored) {
+  for (uint64_t moment = 500; moment <= 12000; moment += 500) ChangeAt(moment);
+  EXPECT_EQ(ChooseAndTime("NB-CRT.png"), 10000u);
+  EXPECT_EQ(machine->Topology(), "clone internal+crt");
+  EXPECT_NE(Desktops(), kCameBack);
+}
+
 TEST_F(NvidiaXpPair, ProgramThatDoesNotStartLeavesTheMachineAsItWas) {
   StartProcess();
   machine->Fail("CreateProcessA", 1, ERROR_FILE_NOT_FOUND);
@@ -113,11 +195,19 @@ TEST_F(NvidiaXpPair, MonitorThatComesLaterIsOffered) {
 TEST_F(NvidiaXpPair, EverythingGoesBackToTheDriver) {
   StartProcess();
   for (const char* picture : {"NB-CRT.png", "CRT.png", "Extend.png", "NB.png"}) Choose(picture);
-  EndProcess();
-  EXPECT_EQ(machine->Outstanding(), "");
+  ostrel->DeInit();
+  EXPECT_EQ(machine->Outstanding(), "");  // the unload comes later
 }
 
 TEST_F(NvidiaXpPair, NotebookWithoutTheControlPanelsLibraryDoesNotStart) {
+  machine->state().invented.at(sim::kNvCplLibrary).available = [](const sim::Model&) {
+    return false;
+  };
+  ostrel.emplace(*machine);
+  EXPECT_FALSE(ostrel->Init());
+}
+
+TEST_F(NvidiaXpPair, NotebookWhoseControlPanelLacksAnEntryDoesNotStart) {
   sim::RemoveNvCplEntry(*machine, "dtcfgex");
   ostrel.emplace(*machine);
   EXPECT_FALSE(ostrel->Init());

@@ -27,6 +27,7 @@ constexpr BackendRow kRows[kBackends] = {
     {"NvidiaMMImplV3", kVendorNvidia},
     {"NvidiaMMImplV3CrossAdapter", kVendorNvidia},
     {"DisplayLinkWorkaroundImpl", kVendorWin7CCD},
+    {"Win7CCD", kVendorWin7CCD},
 };
 
 const BackendRow& RowOf(Backend backend) { return kRows[static_cast<size_t>(backend)]; }
@@ -130,24 +131,27 @@ IMMonitor* Make() {
   return MakerFails(kBackend) ? nullptr : new Object(kBackend);
 }
 
-BOOL StartDisplayLink(Win7CCD* /*ccd*/) {
-  return StandInBackends::Current().NoteStart(Backend::kDisplayLinkWorkaroundImpl,
-                                              Script().display_link);
+template <Backend kBackend>
+BOOL StartWatched(Win7CCD* /*ccd*/) {
+  return StandInBackends::Current().NoteStart(kBackend, StartOf(kBackend));
 }
 
-void EndDisplayLink(Win7CCD* ccd) {
-  StandInBackends::Current().display_links.erase(ccd);
-  StandInBackends::Current().NoteEnded(Backend::kDisplayLinkWorkaroundImpl);
+template <Backend kBackend>
+void EndWatched(Win7CCD* ccd) {
+  StandInBackends::Current().watched.erase(ccd);
+  StandInBackends::Current().NoteEnded(kBackend);
 }
 
-constexpr CcdWatch kDisplayLinkWatch = {StartDisplayLink, EndDisplayLink};
+template <Backend kBackend>
+constexpr CcdWatch kWatch = {StartWatched<kBackend>, EndWatched<kBackend>};
 const FactoryBox* g_factory = nullptr;
 
-Win7CCD* MakeDisplayLink() {
-  if (MakerFails(Backend::kDisplayLinkWorkaroundImpl)) return nullptr;
-  Win7CCD* const ccd = g_factory->NewWatchedWin7CCD(&kDisplayLinkWatch);
-  StandInBackends::Current().display_links.insert(ccd);
-  StandInBackends::Current().NoteMade(Backend::kDisplayLinkWorkaroundImpl);
+template <Backend kBackend>
+Win7CCD* MakeWatched() {
+  if (MakerFails(kBackend)) return nullptr;
+  Win7CCD* const ccd = g_factory->NewWatchedWin7CCD(&kWatch<kBackend>);
+  StandInBackends::Current().watched.emplace(ccd, kBackend);
+  StandInBackends::Current().NoteMade(kBackend);
   return ccd;
 }
 
@@ -185,8 +189,9 @@ bool QueryNvidiaAdapterMode(IMMonitor* nv, uint32_t* value) {
   return true;
 }
 
-BackendStandIns AllStandIns() {
+BackendStandIns AllStandIns(bool watches_win7_ccd) {
   BackendStandIns all;
+  if (watches_win7_ccd) all.NewWin7CCD = MakeWatched<Backend::kWin7CCD>;
   all.NewIntelMMImpl = Make<StandIn<FakeExtensionMonitor>, Backend::kIntelMMImpl>;
   all.NewADLImpl = Make<StandIn<FakeAmdMonitor>, Backend::kADLImpl>;
   all.NewAtiMMImpl = Make<StandIn<FakeExtensionMonitor>, Backend::kAtiMMImpl>;
@@ -196,7 +201,7 @@ BackendStandIns AllStandIns() {
   all.NewNvidiaMMImplV2 = Make<NvidiaStandIn, Backend::kNvidiaMMImplV2>;
   all.NewNvidiaMMImplV3 = Make<NvidiaStandIn, Backend::kNvidiaMMImplV3>;
   all.NewNvidiaMMImplV3CrossAdapter = Make<NvidiaStandIn, Backend::kNvidiaMMImplV3CrossAdapter>;
-  all.NewDisplayLinkWorkaroundImpl = MakeDisplayLink;
+  all.NewDisplayLinkWorkaroundImpl = MakeWatched<Backend::kDisplayLinkWorkaroundImpl>;
   all.AsNvidiaMMImplV3 = [](IMMonitor* monitor) {
     return AsStandInOf(monitor, Backend::kNvidiaMMImplV3, Backend::kNvidiaMMImplV3CrossAdapter);
   };
@@ -208,14 +213,16 @@ BackendStandIns AllStandIns() {
   return all;
 }
 
-const BackendStandIns kAllStandIns = AllStandIns();
+const BackendStandIns kAllStandIns = AllStandIns(false);
+const BackendStandIns kAllStandInsAndWin7CCD = AllStandIns(true);
 
 }  // namespace
 
-StandInBackends::StandInBackends(const FactoryBox* factory) : factory_(factory) {
+StandInBackends::StandInBackends(const FactoryBox* factory, bool watches_win7_ccd)
+    : factory_(factory) {
   g_current = this;
   g_factory = factory;
-  factory->UseBackendStandIns(&kAllStandIns);
+  factory->UseBackendStandIns(watches_win7_ccd ? &kAllStandInsAndWin7CCD : &kAllStandIns);
 }
 
 StandInBackends::~StandInBackends() {
@@ -296,8 +303,9 @@ const char* NameOf(Backend backend) { return RowOf(backend).name; }
 std::string NameOf(IMMonitor* object) {
   if (object == nullptr) return "none";
   if (StandInMark* mark = MarkOf(object)) return NameOf(mark->backend());
-  if (g_current != nullptr && g_current->display_links.count(object) != 0) {
-    return NameOf(Backend::kDisplayLinkWorkaroundImpl);
+  if (g_current != nullptr) {
+    const auto watched = g_current->watched.find(object);
+    if (watched != g_current->watched.end()) return NameOf(watched->second);
   }
   // The class's name with its length in front, as the compiler writes it.
   const std::string name = typeid(*object).name();

@@ -1,6 +1,6 @@
 // The graphics vendors' back-ends as scripted objects under the real factory: which of them are
 // made, started and ended can be read, and that none is used or ended after its end. Win7CCD,
-// NullMonitorController and HybridController stay the real ones.
+// NullMonitorController and HybridController stay the real ones; Win7CCD is watched on request.
 //
 //   StandInBackends backends(ostrel.white_box().factory);
 //   backends.script.nvidia = Start::kFails;
@@ -11,9 +11,9 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -32,8 +32,9 @@ enum class Backend {
   kNvidiaMMImplV3,
   kNvidiaMMImplV3CrossAdapter,
   kDisplayLinkWorkaroundImpl,
+  kWin7CCD,
 };
-constexpr size_t kBackends = 10;
+constexpr size_t kBackends = 11;
 
 /// How an Initial ends.
 enum class Start { kWorks, kFails, kThrows, kThrowsBadCast };
@@ -56,7 +57,9 @@ struct BackendScript {
 class StandInBackends {
  public:
   /// From here on stand-ins are made; one such object at a time.
-  explicit StandInBackends(const FactoryBox* factory);
+  /// @param watches_win7_ccd  lists the real Win7CCD with the stand-ins, in what was made, started
+  ///                          and ended
+  explicit StandInBackends(const FactoryBox* factory, bool watches_win7_ccd = false);
   ~StandInBackends();
   StandInBackends(const StandInBackends&) = delete;
   StandInBackends& operator=(const StandInBackends&) = delete;
@@ -91,7 +94,7 @@ class StandInBackends {
   BOOL NoteStart(Backend backend, Start start);
   void Bury(void* memory);
   void Complain(const char* text);
-  std::set<const void*> display_links;  // the living ones
+  std::map<const void*, Backend> watched;  // the living objects that are derived from Win7CCD
 
  private:
   const FactoryBox* factory_;

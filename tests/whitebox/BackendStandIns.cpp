@@ -44,6 +44,7 @@ STAND_IN(IMMonitor*, NewNvidiaMMImpl, "_Z15NewNvidiaMMImplv", (), ())
 STAND_IN(IMMonitor*, NewNvidiaMMImplV2, "_Z17NewNvidiaMMImplV2v", (), ())
 STAND_IN(IMMonitor*, NewNvidiaMMImplV3, "_Z17NewNvidiaMMImplV3v", (), ())
 STAND_IN(IMMonitor*, NewNvidiaMMImplV3CrossAdapter, "_Z29NewNvidiaMMImplV3CrossAdapterv", (), ())
+STAND_IN(Win7CCD*, NewWin7CCD, "_Z10NewWin7CCDv", (), ())
 STAND_IN(Win7CCD*, NewDisplayLinkWorkaroundImpl, "_Z28NewDisplayLinkWorkaroundImplv", (), ())
 STAND_IN(IMMonitor*, AsNvidiaMMImplV3, "_Z16AsNvidiaMMImplV3P9IMMonitor", (IMMonitor * monitor),
          (monitor))

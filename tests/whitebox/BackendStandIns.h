@@ -1,5 +1,6 @@
 // The graphics vendors' back-ends replaced by objects of the tests' own: within the white-box build
-// every call of a function of Common/MultiMonitor/VendorBackends.h comes through here.
+// the calls of the functions listed here come through this file, but for those from within
+// Common/MultiMonitor/VendorBackends.cpp itself.
 #pragma once
 
 #include <cstdint>
@@ -18,6 +19,7 @@ struct BackendStandIns {
   IMMonitor* (*NewNvidiaMMImplV2)() = nullptr;
   IMMonitor* (*NewNvidiaMMImplV3)() = nullptr;
   IMMonitor* (*NewNvidiaMMImplV3CrossAdapter)() = nullptr;
+  Win7CCD* (*NewWin7CCD)() = nullptr;
   Win7CCD* (*NewDisplayLinkWorkaroundImpl)() = nullptr;
   IMMonitor* (*AsNvidiaMMImplV3)(IMMonitor* monitor) = nullptr;
   bool (*CanControlHDMIMonitor)(IMMonitor* intel) = nullptr;

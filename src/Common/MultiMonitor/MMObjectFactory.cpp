@@ -248,7 +248,6 @@ void OnActiveDisplayAdapterVendorChanged() {
   if (MMObjectFactory::m_ccdPreferred != 0 || active >= kVendorHybrid) return;
   const uint16_t vendor = static_cast<uint16_t>(GetActiveVendorId());
   VLOG(1) << "OnActiveDisplayAdapterVendorChanged()\n"
-          << "\t Original vendor id: " << std::hex << active << "\n"
-          << "\t New vendor id     : " << vendor;
+          << "\t Original vendor id: " << std::hex << active << "\t New vendor id     : " << vendor;
   if (vendor != active) SwitchToVendor(vendor);
 }

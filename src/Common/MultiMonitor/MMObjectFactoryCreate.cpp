@@ -77,7 +77,7 @@ IMMonitor* CreateAMDObject() {
 
 Win7CCD* CreateWin7CCDObject() {
   if (IsDisplayLinkServicePresent()) return NewDisplayLinkWorkaroundImpl();
-  return new Win7CCD(boost::shared_ptr<Win7CCDApi>(new Win7CCDApi()));
+  return NewWin7CCD();
 }
 
 IMMonitor* CreateIMMonitorByVendor(uint32_t vendor) {

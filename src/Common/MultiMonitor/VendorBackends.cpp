@@ -9,6 +9,7 @@
 #include "Common/MultiMonitor/Nvidia/NvidiaMMImpl.h"
 #include "Common/MultiMonitor/Nvidia/NvidiaMMImplV3CrossAdapter.h"
 #include "Common/MultiMonitor/PhysicalMonitorByDisplayLibrary.h"
+#include "Common/MultiMonitor/Win7CCD.h"
 
 IMMonitor* NewIntelMMImpl() { return new (std::nothrow) IntelMMImpl(); }
 bool CanControlHDMIMonitor(IMMonitor* intel) {
@@ -51,6 +52,8 @@ IMMonitor* NewHybridController(IMMonitor* first, IMMonitor* cross_adapter) {
   // The two are let go of only when there is memory for the controller, which then has them.
   return new (std::nothrow) HybridController(owned_first.release(), owned_cross_adapter.release());
 }
+
+Win7CCD* NewWin7CCD() { return new Win7CCD(boost::shared_ptr<Win7CCDApi>(new Win7CCDApi())); }
 
 // No DisplayLink support yet: its service counts as absent, so that nothing below is asked for.
 bool IsDisplayLinkServicePresent() { return false; }

@@ -22,6 +22,7 @@ IMMonitor* NewNvidiaMMImpl();
 IMMonitor* NewNvidiaMMImplV2();
 IMMonitor* NewNvidiaMMImplV3();              // over a new Win7CCDApi
 IMMonitor* NewNvidiaMMImplV3CrossAdapter();  // over a new Win7CCDApi, its cross-adapter mark set
+Win7CCD* NewWin7CCD();                       // over a new Win7CCDApi; throws without memory
 Win7CCD* NewDisplayLinkWorkaroundImpl();
 
 /// Reads the native size from the EDID that the graphics vendor's library gives.

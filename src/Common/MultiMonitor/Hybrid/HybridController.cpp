@@ -82,7 +82,7 @@ bool HybridController::GetEDID(uint32_t display, EdidBlob* edid) {
   if (extension == nullptr || edid == nullptr) return false;
   // The buffer that the caller gives back is this object's own, whoever read the bytes.
   const DriverEdid block(extension, display);
-  if (!block.IsReadable()) return false;
+  if (!block.IsReadable() || block.blob().pv == nullptr) return false;
   const auto* const bytes = static_cast<const uint8_t*>(block.blob().pv);
   auto copy = std::make_unique<uint8_t[]>(block.blob().cb);
   std::copy_n(bytes, block.blob().cb, copy.get());

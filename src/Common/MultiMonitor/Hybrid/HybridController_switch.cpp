@@ -29,8 +29,9 @@ BOOL HybridController::SetNewDisplayMode(uint32_t mode, uint32_t displays) {
   return SetOrdinaryMode(mode, displays);
 }
 
+// Deliberate: NVIDIA's clone groups go first, whatever the mode, and only then is it asked which
+// mode stands, so that a clone that was a group alone counts as left.
 BOOL HybridController::SetOrdinaryMode(uint32_t mode, uint32_t displays) {
-  // Windows cannot switch while NVIDIA's driver holds displays together.
   ApplyCrossAdapterClone(0);
   LeaveClone(mode, displays);
   return Ccd().SetNewDisplayMode(mode, displays);
