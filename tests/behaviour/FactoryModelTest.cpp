@@ -279,13 +279,20 @@ std::vector<ModelRow> ModelRows() {
 ///  - Lists that look alike: all that the factory knows of the adapters is the list with, and the
 ///    list without, root-enumerated ones. The first list of each such pair meets every combination
 ///    of answers, the others the best and the worst one, with displays on two adapters.
+///  - Windows 8 and Server 2008 R2, with a neighbour each that the rules take for the same: lists
+///  of
+///    three meet those two answers there.
 ///  - The key: on Windows 7 no library is asked behind it, so that it meets those two as well;
 ///    below it counts for nothing, which lists of up to two show.
 ///  - Displays on one adapter alone while the DisplayLink object does not start: Windows is asked
 ///    through it, so that it cannot be told from displays on two.
 class ModelRun {
  public:
-  ModelRun(const ModelRow& row, bool prefer_ccd) : host_(row.windows, prefer_ccd), row_(row) {
+  ModelRun(const ModelRow& row, bool prefer_ccd)
+      : host_(row.windows, prefer_ccd),
+        row_(row),
+        has_twin_(row.windows.word == std::string("win8") ||
+                  row.windows.word == std::string("2008r2")) {
     case_.windows = &row_.windows;
     case_.prefer_ccd = prefer_ccd;
   }
@@ -299,7 +306,7 @@ class ModelRun {
       base.display_link_service = row_.link.service;
       base.display_link = row_.link.start;
       case_.script = base;
-      const bool whole = is_first && !case_.prefer_ccd;
+      const bool whole = is_first && !case_.prefer_ccd && (cards.size() <= 2 || !has_twin_);
       RunScripts(whole ? AllScripts(case_) : Extremes(base), whole);
     }
   }
@@ -329,6 +336,7 @@ class ModelRun {
   static constexpr uint32_t kShown = 5;
   ModelHost host_;
   const ModelRow row_;
+  const bool has_twin_;
   std::set<std::pair<std::vector<uint16_t>, std::vector<uint16_t>>> seen_;
   FactoryCase case_;
   uint32_t count_ = 0;
