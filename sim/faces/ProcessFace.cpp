@@ -16,7 +16,7 @@ constexpr char kWorkTime[] = "programs: work time";
 // "a b c" to "a", and "b c" behind it.
 std::string TakeWord(std::string* text) {
   const size_t end = text->find(' ');
-  const std::string word = text->substr(0, end);
+  std::string word = text->substr(0, end);
   const size_t next = end == std::string::npos ? end : text->find_first_not_of(' ', end);
   *text = next == std::string::npos ? "" : text->substr(next);
   return word;

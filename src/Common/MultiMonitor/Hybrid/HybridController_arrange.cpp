@@ -17,6 +17,7 @@ constexpr uint32_t kAssumedHeight = 768;
 
 std::vector<std::string> Narrowed(const std::vector<std::wstring>& names) {
   std::vector<std::string> narrow;
+  narrow.reserve(names.size());
   for (const std::wstring& name : names) narrow.push_back(NarrowFromWide(name));
   return narrow;
 }

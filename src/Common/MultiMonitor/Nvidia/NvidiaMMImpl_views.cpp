@@ -78,6 +78,8 @@ bool NvidiaMMImpl::ReadDisplayOfMoniker(const std::string& moniker, uint32_t* di
 }
 
 MonikerMap NvidiaMMImpl::BuildMonikerMap(uint32_t connected) {
+  // The condition is part of the record.
+  // NOLINTNEXTLINE(readability-container-size-empty)
   DCHECK(raw_moniker.size() > 0);
   MonikerMap moniker_map;
   uint32_t last_display = 0;
