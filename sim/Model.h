@@ -142,8 +142,8 @@ struct Service {
 
 /// A display of a clone group that NVIDIA's driver makes over several adapters.
 struct NvidiaCloneItem {
-  uint32_t flags = 0;  // bit 0: `id` is Windows' target id of a display on another adapter, and with
-                       // bit 1 that of the panel; without it the driver's own display id
+  uint32_t flags = 0;  // bit 0: `id` is Windows' target id of a display on another adapter, and
+                       // with bit 1 that of the panel; without it the driver's own display id
   uint32_t id = 0;
 };
 using NvidiaCloneGroup = std::vector<NvidiaCloneItem>;

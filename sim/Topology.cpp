@@ -1,6 +1,7 @@
 #include "sim/Topology.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "sim/faces/NvidiaDriverRules.h"
 
@@ -37,6 +38,15 @@ bool IsInCloneGroup(const Model& model, size_t connector) {
     }
   }
   return false;
+}
+
+bool SamePaths(std::vector<Path> a, std::vector<Path> b) {
+  const auto key = [](const Path& path) { return std::make_pair(path.source, path.connector); };
+  const auto before = [&key](const Path& x, const Path& y) { return key(x) < key(y); };
+  std::sort(a.begin(), a.end(), before);
+  std::sort(b.begin(), b.end(), before);
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&key](const Path& x, const Path& y) { return key(x) == key(y); });
 }
 
 }  // namespace
@@ -221,6 +231,20 @@ void NumberDevices(Model& model) {
       model.sources.push_back(source);
     }
   }
+}
+
+const Arrangement* LastUse(const Model& model, const std::vector<Path>& paths) {
+  const auto entry = model.remembered.find(ConnectedSet(model));
+  if (entry == model.remembered.end()) return nullptr;
+  for (auto saved = entry->second.rbegin(); saved != entry->second.rend(); ++saved) {
+    if (SamePaths(saved->paths, paths)) return &*saved;
+  }
+  return nullptr;
+}
+
+DisplayMode Turned(DisplayMode mode, uint32_t orientation) {
+  if ((orientation & 1) != 0) std::swap(mode.width, mode.height);
+  return mode;
 }
 
 }  // namespace sim

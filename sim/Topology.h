@@ -109,4 +109,11 @@ void NumberDevices(Model& model);
 /// The sizes of the desktops from left to right: "1024x768", "1366x768+1280x1024"; "" for none.
 std::string DescribeSizes(const Model& model);
 
+/// Windows' memory of these very paths with the monitors that are connected now, the latest one;
+/// null when there is none.
+const Arrangement* LastUse(const Model& model, const std::vector<Path>& paths);
+
+/// The mode as a desktop that is turned by so many quarters takes it.
+DisplayMode Turned(DisplayMode mode, uint32_t orientation);
+
 }  // namespace sim
