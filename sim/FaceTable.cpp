@@ -15,7 +15,8 @@ using FaceFunction = const std::vector<Entry>& (*)();
 constexpr FaceFunction kFaces[] = {
     DisplayDevicesFace, DisplayConfigFace, SetupApiFace, RegistryFace, SystemFace,      LoaderFace,
     TimeFace,           WindowFace,        GdiFace,      HandleFace,   ComFace,         RunTimeFace,
-    ServicesFace,       PlayersFace,       ProfileFace,  KeyboardFace, BasicStringFace,
+    ServicesFace,       PlayersFace,       ProfileFace,  KeyboardFace, BasicStringFace, FilesFace,
+    ClientHeapFace,
 };
 
 constexpr const char* kNeverFailing[] = {
@@ -38,6 +39,7 @@ constexpr const char* kNeverFailing[] = {
     "SysFreeString",
     "SysStringLen",
     "clock",
+    "free",
     "getenv",
     "keybd_event",
 };

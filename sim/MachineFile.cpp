@@ -11,6 +11,7 @@
 #include "sim/MachineFields.h"
 #include "sim/ShortForm.h"
 #include "sim/Topology.h"
+#include "sim/faces/AmdDriver.h"
 #include "sim/faces/ChangeSettings.h"
 
 namespace sim {
@@ -78,6 +79,7 @@ Adapter ReadAdapter(Fields fields) {
   adapter.vendor_library = fields.TruthOr("vendor_library", adapter.vendor_library);
   adapter.sources = fields.NumberOr("sources", adapter.sources, 16);
   adapter.heads = fields.NumberOr("heads", adapter.heads, 16);
+  adapter.amd = ReadAmdDriver(&fields);
   fields.RefuseTheRest();
   return adapter;
 }
@@ -161,6 +163,7 @@ Connector ReadConnector(Fields fields, const Model& model) {
   connector.adapter = fields.NumberOr("adapter", 0);
   if (connector.adapter >= model.adapters.size()) fields.Raise("adapter", "no such adapter");
   connector.target_id = fields.NumberOr("target_id", 0);
+  connector.amd = ReadAmdOutput(&fields);
   const toml::node* monitor = fields.Find("monitor");
   if (monitor != nullptr) connector.monitor = ReadMonitor(fields.Table("monitor", *monitor));
   fields.RefuseTheRest();
