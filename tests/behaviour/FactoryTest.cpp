@@ -343,7 +343,8 @@ TEST(OnActiveDisplayAdapterVendorChanged, KeepsTheOldObjectAliveUntilTheOutermos
       [](void* context) {
         FactoryHost& inner = *static_cast<FactoryHost*>(context);
         inner->OnActiveDisplayAdapterVendorChanged();
-        EXPECT_EQ(inner->ActiveMonitor(), nullptr);
+        ASSERT_NE(inner->ActiveMonitor(), nullptr);
+        EXPECT_EQ(inner->ActiveMonitor()->GetVgaVendor(), 0x1002u);  // another one
         EXPECT_FALSE(inner.script->deleted);
         inner->RunInCallScope([](void*) {}, nullptr);
         EXPECT_FALSE(inner.script->deleted);  // an inner scope ends nothing

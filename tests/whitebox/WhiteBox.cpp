@@ -1,9 +1,9 @@
 #include "tests/whitebox/WhiteBox.h"
 
 extern "C" __declspec(dllexport) const WhiteBox* Ostrel_WhiteBox() {
-  static const WhiteBox box = {GetFoundationBox(), GetCoreBox(),       GetFactoryBox(),
-                               GetSessionBox(),    GetIdentityBox(),   GetPolicyBox(),
-                               GetProjectorBox(),  GetWorkaroundBox(), GetIntelBox(),
-                               GetNvidiaBox(),     GetHybridBox()};
+  static const WhiteBox box = {
+      GetFoundationBox(), GetCoreBox(),      GetFactoryBox(),    GetSessionBox(), GetIdentityBox(),
+      GetPolicyBox(),     GetProjectorBox(), GetWorkaroundBox(), GetIntelBox(),   GetNvidiaBox(),
+      GetHybridBox(),     GetAtiBox(),       GetAmdBox(),        GetObjectsBox()};
   return &box;
 }

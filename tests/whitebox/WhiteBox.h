@@ -3,6 +3,8 @@
 // build links tests/whitebox/*.cpp.
 #pragma once
 
+#include "tests/whitebox/AmdBox.h"
+#include "tests/whitebox/AtiBox.h"
 #include "tests/whitebox/CoreBox.h"
 #include "tests/whitebox/FactoryBox.h"
 #include "tests/whitebox/FoundationBox.h"
@@ -10,6 +12,7 @@
 #include "tests/whitebox/IdentityBox.h"
 #include "tests/whitebox/IntelBox.h"
 #include "tests/whitebox/NvidiaBox.h"
+#include "tests/whitebox/ObjectsBox.h"
 #include "tests/whitebox/PolicyBox.h"
 #include "tests/whitebox/ProjectorBox.h"
 #include "tests/whitebox/SessionBox.h"
@@ -27,6 +30,9 @@ struct WhiteBox {
   const IntelBox* intel;
   const NvidiaBox* nvidia;
   const HybridBox* hybrid;
+  const AtiBox* ati;
+  const AmdBox* amd;
+  const ObjectsBox* objects;
 };
 
 /// The white-box build's one export more, "Ostrel_WhiteBox".
