@@ -28,7 +28,7 @@ SYSTEMTIME ToSystemTime(const FILETIME& time) {
 
 }  // namespace
 
-void Clock::PassTo(uint64_t moment) { now_ = std::max(now_, moment); }
+void Clock::PassTo(uint64_t moment) { now_ = std::max(now_.load(), moment); }
 
 void Clock::SetCalendar(const SYSTEMTIME& utc, int32_t bias_minutes) {
   FILETIME time = {};
@@ -48,25 +48,34 @@ SYSTEMTIME Clock::Utc() const { return ToSystemTime(At(0)); }
 SYSTEMTIME Clock::Local() const { return ToSystemTime(At(bias_minutes_)); }
 FILETIME Clock::UtcFileTime() const { return At(0); }
 
-UINT_PTR Clock::Arm(HWND window, UINT_PTR id, uint32_t period, TIMERPROC procedure) {
-  const auto same = [&](const Machine::Timer& timer) {
-    return timer.window == window && timer.id == id;
+namespace {
+
+auto Same(HWND window, UINT_PTR id) {
+  const DWORD thread = GetCurrentThreadId();
+  return [=](const Machine::Timer& timer) {
+    return timer.window == window && timer.id == id &&
+           (window != nullptr || timer.thread == thread);
   };
-  const auto known = std::find_if(timers_.begin(), timers_.end(), same);
+}
+
+}  // namespace
+
+UINT_PTR Clock::Arm(HWND window, UINT_PTR id, uint32_t period, TIMERPROC procedure) {
+  const Lock lock(mutex_);
+  const DWORD thread = GetCurrentThreadId();
+  const auto known = std::find_if(timers_.begin(), timers_.end(), Same(window, id));
   if (known != timers_.end()) {
-    *known = {window, id, period, now_ + Interval(period), procedure};
+    *known = {window, id, period, now_ + Interval(period), procedure, thread};
     return window == nullptr ? id : 1;
   }
   if (window == nullptr) id = next_thread_timer_++;
-  timers_.push_back({window, id, period, now_ + Interval(period), procedure});
+  timers_.push_back({window, id, period, now_ + Interval(period), procedure, thread});
   return window == nullptr ? id : 1;
 }
 
 bool Clock::Disarm(HWND window, UINT_PTR id) {
-  const auto same = [&](const Machine::Timer& timer) {
-    return timer.window == window && timer.id == id;
-  };
-  const auto known = std::find_if(timers_.begin(), timers_.end(), same);
+  const Lock lock(mutex_);
+  const auto known = std::find_if(timers_.begin(), timers_.end(), Same(window, id));
   if (known == timers_.end()) return false;
   timers_.erase(known);
   return true;
@@ -74,15 +83,26 @@ bool Clock::Disarm(HWND window, UINT_PTR id) {
 
 void Clock::Record(const Machine::Timer& timer) {
   Disarm(timer.window, timer.id);
+  const Lock lock(mutex_);
   timers_.push_back(timer);
 }
 
 void Clock::ForgetWindow(HWND window) {
+  const Lock lock(mutex_);
   const auto gone = [&](const Machine::Timer& timer) { return timer.window == window; };
   timers_.erase(std::remove_if(timers_.begin(), timers_.end(), gone), timers_.end());
 }
 
+void Clock::ForgetThread(DWORD thread) {
+  const Lock lock(mutex_);
+  const auto gone = [&](const Machine::Timer& timer) {
+    return timer.window == nullptr && timer.thread == thread;
+  };
+  timers_.erase(std::remove_if(timers_.begin(), timers_.end(), gone), timers_.end());
+}
+
 std::vector<Machine::Timer> Clock::ForgetProceduresIn(const void* begin, const void* end) {
+  const Lock lock(mutex_);
   const auto stays = [&](const Machine::Timer& timer) {
     const void* code = reinterpret_cast<const void*>(timer.procedure);
     return code < begin || code >= end;
@@ -93,17 +113,35 @@ std::vector<Machine::Timer> Clock::ForgetProceduresIn(const void* begin, const v
   return dropped;
 }
 
-std::optional<Machine::Timer> Clock::NextDue(uint64_t moment) {
-  const auto earlier = [](const Machine::Timer& a, const Machine::Timer& b) {
-    return a.due < b.due;
-  };
-  const auto first = std::min_element(timers_.begin(), timers_.end(), earlier);
-  if (first == timers_.end() || first->due > moment) return std::nullopt;
-  const Machine::Timer fired = *first;
-  PassTo(fired.due);
-  // A timer that came due several times while nobody looked gives one message, as WM_TIMER does.
-  first->due = now_ + Interval(first->period);
+// The filters look elsewhere in the machine: they run outside the lock.
+std::optional<uint64_t> Clock::EarliestDue(const Filter& counts) const {
+  std::optional<uint64_t> first;
+  for (const Machine::Timer& timer : timers()) {
+    if (counts(timer) && (!first || timer.due < *first)) first = timer.due;
+  }
+  return first;
+}
+
+std::optional<Machine::Timer> Clock::NextDue(uint64_t moment, const Filter& counts) {
+  std::optional<Machine::Timer> fired;
+  for (const Machine::Timer& timer : timers()) {
+    if (timer.due > moment || !counts(timer)) continue;
+    if (!fired || timer.due < fired->due) fired = timer;
+  }
+  if (!fired) return std::nullopt;
+  PassTo(fired->due);
+  const Lock lock(mutex_);
+  for (Machine::Timer& timer : timers_) {
+    const bool same = timer.window == fired->window && timer.id == fired->id;
+    // A timer that came due several times while nobody looked gives one message, as WM_TIMER does.
+    if (same) timer.due = now_ + Interval(timer.period);
+  }
   return fired;
+}
+
+std::vector<Machine::Timer> Clock::timers() const {
+  const Lock lock(mutex_);
+  return timers_;
 }
 
 }  // namespace sim

@@ -95,13 +95,15 @@ const std::vector<Entry>&
 SystemFace();  // versions, environment, command line, folders, processes, wave out
 const std::vector<Entry>&
 LoaderFace();  // LoadLibrary*, GetModuleHandle*, GetProcAddress, FreeLibrary
-const std::vector<Entry>& TimeFace();    // Sleep, timers, tick counts, waits, local and system time
-const std::vector<Entry>& WindowFace();  // dialogs, layered windows, window classes, posts, cursor
-const std::vector<Entry>& PlayersFace();   // the windows of other programs
+const std::vector<Entry>& TimeFace();     // Sleep, timers, tick counts, local and system time
+const std::vector<Entry>& ThreadFace();   // threads, events, waits, messages of a thread
+const std::vector<Entry>& WindowFace();   // dialogs, layered windows, window classes, posts, cursor
+const std::vector<Entry>& PlayersFace();  // the windows of other programs
 const std::vector<Entry>& KeyboardFace();  // simulated key presses, the window in front
 const std::vector<Entry>& GdiFace();  // GDI and GDI+: real work, counted and kept in the ledger
 const std::vector<Entry>&
 HandleFace();  // CloseHandle and what makes kernel handles: real, in the ledger
+const std::vector<Entry>& ProcessFace();      // CreateProcessA: programs that the library starts
 const std::vector<Entry>& ServicesFace();     // OpenSCManagerW and its fellows
 const std::vector<Entry>& ProfileFace();      // writes to profile files: real, told in their order
 const std::vector<Entry>& ComFace();          // COM classes that only the model has

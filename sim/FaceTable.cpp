@@ -13,10 +13,13 @@ namespace {
 using FaceFunction = const std::vector<Entry>& (*)();
 
 constexpr FaceFunction kFaces[] = {
-    DisplayDevicesFace, DisplayConfigFace, SetupApiFace, RegistryFace, SystemFace,      LoaderFace,
-    TimeFace,           WindowFace,        GdiFace,      HandleFace,   ComFace,         RunTimeFace,
-    ServicesFace,       PlayersFace,       ProfileFace,  KeyboardFace, BasicStringFace, FilesFace,
-    ClientHeapFace,
+    DisplayDevicesFace, DisplayConfigFace, SetupApiFace,
+    RegistryFace,       SystemFace,        LoaderFace,
+    TimeFace,           WindowFace,        GdiFace,
+    HandleFace,         ComFace,           RunTimeFace,
+    ServicesFace,       PlayersFace,       ProfileFace,
+    KeyboardFace,       BasicStringFace,   ThreadFace,
+    ProcessFace,        FilesFace,         ClientHeapFace,
 };
 
 constexpr const char* kNeverFailing[] = {

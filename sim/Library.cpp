@@ -43,6 +43,13 @@ Range RangeOf(HMODULE module) {
   return {base, base + headers->OptionalHeader.SizeOfImage};
 }
 
+// A thread that outlives the DLL would run on into nowhere.
+void EndLeftThreads(Machine::State& state, bool forgiven) {
+  const size_t left = state.threads.EndAll();
+  if (left == 0 || forgiven) return;
+  ReportFailure("threads left running by the unload of the DLL: " + std::to_string(left));
+}
+
 // A window that outlives the DLL would call into nowhere. It stays in the ledger, as the leak that
 // it is.
 void DestroyLeftWindows(Machine::State& state) {
@@ -144,6 +151,7 @@ void Library::Implementation::Unload() {
   if (module == nullptr) return;
   Machine::State& state = machine->state();
   const Range range = RangeOf(module);
+  EndLeftThreads(state, forgiven);
   DestroyLeftWindows(state);
   wchar_t path[1024] = {};
   GetModuleFileNameW(module, path, 1024);

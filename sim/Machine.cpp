@@ -12,8 +12,11 @@
 #include "sim/MachineState.h"
 #include "sim/ShortForm.h"
 #include "sim/Topology.h"
+#include "sim/VirtualTime.h"
 #include "sim/faces/AmdDriver.h"
 #include "sim/faces/IntelDriver.h"
+#include "sim/faces/NvCplDriver.h"
+#include "sim/faces/NvidiaDriver.h"
 
 namespace sim {
 namespace {
@@ -84,6 +87,7 @@ void FlushProfile(const std::wstring& path) {
 
 bool IsSimulated(const Machine::State& state, const std::string& function) {
   if (FindEntryByName(function) != nullptr || IsIntelDriverOperation(function)) return true;
+  if (IsNvidiaFunction(function)) return true;
   if (IsAmdOperation(function)) return true;
   for (const auto& [name, module] : state.invented) {
     const auto& entries = module.entries;
@@ -102,6 +106,8 @@ size_t ConnectorNamed(const Model& model, const std::string& id) {
 std::unique_ptr<Machine::State> NewState(Model model) {
   auto state = std::make_unique<Machine::State>();
   state->model = std::move(model);
+  state->invented.emplace(kNvidiaLibrary, NvidiaLibrary());
+  state->invented.emplace(kNvCplLibrary, NvCplLibrary());
   state->root = NewRoot();
   state->host.folder = state->root + L"\\host";
   state->host.temp_folder = state->root + L"\\temp";
@@ -160,6 +166,7 @@ std::unique_ptr<Machine> Machine::FromFile(const std::string& path) {
 }
 
 Machine::~Machine() {
+  state_->threads.EndAll();
   ReportUnusedFaults();
   try {
     g_last_report = ReportOf(*this);
@@ -272,19 +279,18 @@ void Machine::SetCalendar(const SYSTEMTIME& utc_now, int32_t bias_minutes) {
 }
 
 void Machine::Advance(uint32_t milliseconds) {
-  Clock& clock = state_->clock;
-  const uint64_t moment = clock.now() + milliseconds;
-  while (const std::optional<Timer> timer = clock.NextDue(moment)) {
-    if (timer->window != nullptr && !IsWindow(timer->window)) {
-      clock.ForgetWindow(timer->window);
-    } else if (timer->procedure != nullptr) {
-      timer->procedure(timer->window, WM_TIMER, timer->id, static_cast<DWORD>(clock.tick_count()));
-    } else if (timer->window != nullptr) {
-      SendMessageA(timer->window, WM_TIMER, timer->id, 0);
-    }
-  }
-  clock.PassTo(moment);
+  PassTime(Now() + milliseconds, Driver::kPumping, [] { return false; });
 }
+
+void Machine::At(uint64_t moment, std::function<void()> event) {
+  state_->plan.Add(moment, std::move(event));
+}
+
+void Machine::Work(uint32_t milliseconds) {
+  if (!state_->threads.Sleep(milliseconds)) state_->clock.Pass(milliseconds);
+}
+
+size_t Machine::EndThreads() { return state_->threads.EndAll(); }
 
 // --- The pop-up and its host.
 
@@ -319,6 +325,19 @@ void Machine::Plug(const std::string& connector, const Monitor& monitor) {
 
 void Machine::Unplug(const std::string& connector) {
   UnplugMonitor(state_->model, ConnectorNamed(state_->model, connector));
+}
+
+void Machine::BroadcastDisplayChange() {
+  const std::vector<HWND> windows = state_->windows.alive;
+  const auto& sources = state_->model.sources;
+  const DisplayMode mode = sources.empty() ? DisplayMode() : sources[0].mode;
+  const LPARAM size = MAKELPARAM(mode.width, mode.height);
+  for (const HWND window : windows) {
+    const DWORD thread = GetWindowThreadProcessId(window, nullptr);
+    // Returns at once where the window is another thread's.
+    SendNotifyMessageA(window, WM_DISPLAYCHANGE, mode.bits, size);
+    if (thread != GetCurrentThreadId()) state_->threads.Notify(thread);
+  }
 }
 
 std::string Machine::Topology() const { return DescribeTopology(state_->model); }

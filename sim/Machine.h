@@ -12,6 +12,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -113,6 +114,15 @@ class Machine {
   void UseRealTime();
   void Advance(uint32_t milliseconds);  // moves the clock and fires due timers in order
   uint64_t Now() const;                 // milliseconds since the machine was made
+  /// Plans an event for a moment of the machine's time. It happens on the test's thread, in an
+  /// Advance or in a wait of the library with a time-out; late, when the moment has passed by then.
+  void At(uint64_t moment, std::function<void()> event);
+  /// The calling thread works that long. A thread of the library's own is busy for the while, as in
+  /// a slow driver; on the test's thread the clock moves and fires nothing.
+  void Work(uint32_t milliseconds);
+  /// Ends the threads of the library that still run: their message loops get WM_QUIT. What is left
+  /// at an unload fails the test.
+  size_t EndThreads();  // how many there were
   void SetCalendar(const SYSTEMTIME& utc_now,
                    int32_t bias_minutes);  // local time is UTC plus the bias
   struct Timer {
@@ -121,6 +131,7 @@ class Machine {
     uint32_t period;
     uint64_t due;
     TIMERPROC procedure;
+    DWORD thread = 0;  // that armed it
   };
   std::vector<Timer> ArmedTimers() const;
 
@@ -139,6 +150,8 @@ class Machine {
   // --- Events on the machine.
   void Plug(const std::string& connector, const Monitor& monitor);
   void Unplug(const std::string& connector);
+  /// WM_DISPLAYCHANGE goes to every window of the library, as Windows sends it around a change.
+  void BroadcastDisplayChange();
   std::string Topology() const;  // DescribeTopology(model())
   std::string Describe() const;  // the whole machine as text, for failing tests
 

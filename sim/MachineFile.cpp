@@ -79,6 +79,10 @@ Adapter ReadAdapter(Fields fields) {
   adapter.vendor_library = fields.TruthOr("vendor_library", adapter.vendor_library);
   adapter.sources = fields.NumberOr("sources", adapter.sources, 16);
   adapter.heads = fields.NumberOr("heads", adapter.heads, 16);
+  adapter.nvidia_coproc_status = fields.NumberOr("coproc_status", adapter.nvidia_coproc_status);
+  if (fields.Find("hybrid_mode") != nullptr) {
+    adapter.nvidia_hybrid_mode = fields.Number("hybrid_mode");
+  }
   adapter.amd = ReadAmdDriver(&fields);
   fields.RefuseTheRest();
   return adapter;
@@ -153,6 +157,21 @@ Monitor ReadMonitor(Fields fields) {
   return monitor;
 }
 
+// One bit that no other output of the adapter was given.
+uint32_t ReadNvidiaOutput(Fields* fields, const Model& model, size_t adapter) {
+  if (fields->Find("nvidia_output") == nullptr) return 0;
+  const uint32_t output = fields->Number("nvidia_output");
+  if (output == 0 || (output & (output - 1)) != 0) {
+    fields->Raise("nvidia_output", "one bit is needed");
+  }
+  for (const Connector& other : model.connectors) {
+    if (other.adapter == adapter && other.nvidia_output == output) {
+      fields->Raise("nvidia_output", "another connector of the adapter has it");
+    }
+  }
+  return output;
+}
+
 Connector ReadConnector(Fields fields, const Model& model) {
   Connector connector;
   connector.id = fields.Text("id");
@@ -163,6 +182,10 @@ Connector ReadConnector(Fields fields, const Model& model) {
   connector.adapter = fields.NumberOr("adapter", 0);
   if (connector.adapter >= model.adapters.size()) fields.Raise("adapter", "no such adapter");
   connector.target_id = fields.NumberOr("target_id", 0);
+  connector.nvidia_output = ReadNvidiaOutput(&fields, model, connector.adapter);
+  if (fields.Find("nvidia_connector") != nullptr) {
+    connector.nvidia_connector_type = fields.Number("nvidia_connector");
+  }
   connector.amd = ReadAmdOutput(&fields);
   const toml::node* monitor = fields.Find("monitor");
   if (monitor != nullptr) connector.monitor = ReadMonitor(fields.Table("monitor", *monitor));

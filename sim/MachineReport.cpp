@@ -19,6 +19,8 @@ void DescribeAdapters(const Model& model, std::ostream& out) {
     if (adapter.problem != 0) out << " problem " << adapter.problem;
     if (adapter.root_enumerated) out << " root-enumerated";
     if (adapter.mirroring) out << " mirroring";
+    if (adapter.nvidia_coproc_status != 0) out << " coproc " << adapter.nvidia_coproc_status;
+    if (adapter.nvidia_hybrid_mode) out << " hybrid " << *adapter.nvidia_hybrid_mode;
     out << "\n";
   }
 }
@@ -32,6 +34,8 @@ void DescribeConnectors(const Model& model, std::ostream& out) {
           << ", " << connector.monitor->modes.size() << " modes, " << connector.monitor->edid.size()
           << " bytes of EDID";
     }
+    if (connector.nvidia_output != 0) out << ", nvidia output " << connector.nvidia_output;
+    if (connector.nvidia_connector_type) out << ", plug " << *connector.nvidia_connector_type;
     if (connector.forced) out << ", forced";
     out << "\n";
   }

@@ -17,6 +17,8 @@
 #include "sim/Ledger.h"
 #include "sim/Machine.h"
 #include "sim/Model.h"
+#include "sim/Threads.h"
+#include "sim/VirtualTime.h"
 
 namespace sim {
 
@@ -37,6 +39,7 @@ struct InventedModule {
   uint32_t references = 0;
   void (*on_load)() = nullptr;
   void (*on_unload)() = nullptr;
+  bool (*available)(const Model&) = nullptr;  // whether this machine has it; null: always
 };
 
 /// A window class that the DLL registered and that must not outlive it.
@@ -71,6 +74,7 @@ struct Machine::State {
   Faults faults;
   bool unused_faults_forgiven = false;
   Clock clock;
+  Plan plan;
   HostProcess host;
   std::wstring root;  // the folder that holds the host's, deleted with the machine
   WindowBook windows;
@@ -85,6 +89,7 @@ struct Machine::State {
   std::map<HANDLE, std::string> simulated_handles;
   /// Free place for the state of single faces, by the face's own key: device lists, open keys, ...
   std::map<std::string, uint64_t> counters;
+  Threads threads;  // last: what they use is still there when they end
 };
 
 /// UTF-8 to UTF-16 and back, for folders and texts of the model.

@@ -1,6 +1,7 @@
 #include "sim/Model.h"
 
 #include "sim/Topology.h"
+#include "sim/faces/NvidiaDriverRules.h"
 
 namespace sim {
 namespace {
@@ -14,14 +15,8 @@ std::string JoinIds(const Model& model, const std::vector<size_t>& connectors) {
   return text;
 }
 
-}  // namespace
-
-bool operator==(const DisplayMode& a, const DisplayMode& b) {
-  return a.width == b.width && a.height == b.height && a.bits == b.bits &&
-         a.frequency == b.frequency;
-}
-
-std::string DescribeTopology(const Model& model) {
+// What Windows' own topology shows.
+std::string DescribeDesktops(const Model& model) {
   // The desktops, each at the place of its first connector.
   std::vector<std::vector<size_t>> desktops;
   std::set<size_t> seen;
@@ -40,6 +35,25 @@ std::string DescribeTopology(const Model& model) {
     if (i > 0) text += "+";
     const std::string ids = JoinIds(model, desktops[i]);
     text += desktops[i].size() > 1 ? "(" + ids + ")" : ids;
+  }
+  return text;
+}
+
+}  // namespace
+
+bool operator==(const DisplayMode& a, const DisplayMode& b) {
+  return a.width == b.width && a.height == b.height && a.bits == b.bits &&
+         a.frequency == b.frequency;
+}
+
+std::string DescribeTopology(const Model& model) {
+  std::string text = DescribeDesktops(model);
+  for (const NvidiaCloneGroup& group : model.nvidia_clone_groups) {
+    text += "; group ";
+    for (size_t i = 0; i < group.size(); ++i) {
+      const std::optional<size_t> connector = NvCloneConnector(model, group[i]);
+      text += (i > 0 ? "+" : "") + (connector ? model.connectors[*connector].id : "unknown");
+    }
   }
   return text;
 }

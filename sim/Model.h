@@ -114,6 +114,10 @@ struct Connector {
   // the type of the plug as the driver names it (absent: the one that goes with the technology).
   uint32_t nvidia_output = 0;
   std::optional<uint32_t> nvidia_connector_type;
+  // The control panel's name of the display and the kind that it says it is of; absent: by the
+  // technology, and the name by its place among those of its kind.
+  std::optional<std::string> nvidia_moniker;  // "#DA"
+  std::optional<uint32_t> nvidia_display_type;
   AmdOutput amd;
 };
 
@@ -172,6 +176,14 @@ struct Service {
   bool running = false;
 };
 
+/// A display of a clone group that NVIDIA's driver makes over several adapters.
+struct NvidiaCloneItem {
+  uint32_t flags = 0;  // bit 0: `id` is Windows' target id of a display on another adapter, and
+                       // with bit 1 that of the panel; without it the driver's own display id
+  uint32_t id = 0;
+};
+using NvidiaCloneGroup = std::vector<NvidiaCloneItem>;
+
 struct Model {
   WindowsVersion windows;
   std::vector<Adapter> adapters;
@@ -191,13 +203,16 @@ struct Model {
   std::vector<OtherWindow> other_windows;
   std::vector<Service> services;
   uint32_t wave_out_devices = 1;
+  /// What stands besides Windows' own topology: the groups that NVIDIA's driver was told.
+  std::vector<NvidiaCloneGroup> nvidia_clone_groups;
   /// Keys that whoever starts the machine writes into Ostrel.cfg: section to key to value.
   std::map<std::string, std::map<std::string, std::string>> config;
 };
 
 /// The current topology in one line, for transcripts and tests, connectors in model order:
 /// "single internal", "clone internal+crt", "extend internal+crt", "extend (internal+crt)+hdmi",
-/// "none".
+/// "none". A clone group of NVIDIA's driver stands behind it: "single internal; group
+/// internal+hdmi".
 std::string DescribeTopology(const Model& model);
 
 /// Connector ids that have a monitor and whose adapter works, in model order.

@@ -28,7 +28,7 @@ constexpr RealImports kRealImports[] = {
      " OpenProcess DuplicateHandle GetHandleInformation TlsAlloc TlsFree TlsGetValue TlsSetValue"
      " InitializeCriticalSection InitializeCriticalSectionAndSpinCount EnterCriticalSection"
      " TryEnterCriticalSection LeaveCriticalSection DeleteCriticalSection ReleaseMutex"
-     " SetEvent ResetEvent CreateSemaphoreA ReleaseSemaphore WaitForMultipleObjects "},
+     " ResetEvent CreateSemaphoreA ReleaseSemaphore WaitForMultipleObjects "},
     // Files, folders, profile files: all below the host's folders.
     {"kernel32.dll",
      " WriteFile SetFilePointer GetFileSizeEx GetFileAttributesW CreateDirectoryW DeleteFileA"

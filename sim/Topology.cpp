@@ -1,6 +1,9 @@
 #include "sim/Topology.h"
 
 #include <algorithm>
+#include <utility>
+
+#include "sim/faces/NvidiaDriverRules.h"
 
 namespace sim {
 namespace {
@@ -23,6 +26,27 @@ bool IsLarger(const DisplayMode& candidate, const DisplayMode& current) {
   if (a != b) return a > b;
   if (candidate.bits != current.bits) return candidate.bits > current.bits;
   return IsBetterFrequency(candidate.frequency, current.frequency);
+}
+
+// NVIDIA's driver shows another adapter's picture on it, which no path tells. The other adapter's
+// own display in the group shows what Windows gives it.
+bool IsInCloneGroup(const Model& model, size_t connector) {
+  for (const NvidiaCloneGroup& group : model.nvidia_clone_groups) {
+    for (const NvidiaCloneItem& item : group) {
+      const bool foreign = (item.flags & 1) != 0;
+      if (!foreign && NvCloneConnector(model, item) == connector) return true;
+    }
+  }
+  return false;
+}
+
+bool SamePaths(std::vector<Path> a, std::vector<Path> b) {
+  const auto key = [](const Path& path) { return std::make_pair(path.source, path.connector); };
+  const auto before = [&key](const Path& x, const Path& y) { return key(x) < key(y); };
+  std::sort(a.begin(), a.end(), before);
+  std::sort(b.begin(), b.end(), before);
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&key](const Path& x, const Path& y) { return key(x) == key(y); });
 }
 
 }  // namespace
@@ -148,14 +172,16 @@ std::optional<size_t> ConnectorForSource(const Model& model, const std::vector<P
     }
     return count;
   };
+  std::optional<size_t> grouped;
   std::optional<size_t> shared;
   for (size_t i = 0; i < model.connectors.size(); ++i) {
     if (model.connectors[i].adapter != adapter || !IsAvailable(model, i)) continue;
     const size_t count = users(i);
-    if (count == 0) return i;
+    if (count == 0 && !IsInCloneGroup(model, i)) return i;
+    if (count == 0 && !grouped) grouped = i;
     if (count > 1) shared = i;
   }
-  return shared;
+  return grouped ? grouped : shared;
 }
 
 std::vector<DisplayMode> ModesOfSource(const Model& model, size_t source) {
@@ -205,6 +231,20 @@ void NumberDevices(Model& model) {
       model.sources.push_back(source);
     }
   }
+}
+
+const Arrangement* LastUse(const Model& model, const std::vector<Path>& paths) {
+  const auto entry = model.remembered.find(ConnectedSet(model));
+  if (entry == model.remembered.end()) return nullptr;
+  for (auto saved = entry->second.rbegin(); saved != entry->second.rend(); ++saved) {
+    if (SamePaths(saved->paths, paths)) return &*saved;
+  }
+  return nullptr;
+}
+
+DisplayMode Turned(DisplayMode mode, uint32_t orientation) {
+  if ((orientation & 1) != 0) std::swap(mode.width, mode.height);
+  return mode;
 }
 
 }  // namespace sim

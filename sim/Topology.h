@@ -86,7 +86,8 @@ void RememberCurrent(Model& model);
 // --- Attaching and detaching single display devices, as ChangeDisplaySettingsEx sees them.
 
 /// The connector that the source would take if it were attached: a connected one of its adapter
-/// that shows nothing, else one that another source shows besides others.
+/// that shows nothing, else one that is in a clone group of NVIDIA's driver only, else one that
+/// another source shows besides others.
 std::optional<size_t> ConnectorForSource(const Model& model, const std::vector<Path>& paths,
                                          size_t source);
 /// The modes that a display device lists: those of its connectors, or of the one it would take.
@@ -107,5 +108,12 @@ void NumberDevices(Model& model);
 
 /// The sizes of the desktops from left to right: "1024x768", "1366x768+1280x1024"; "" for none.
 std::string DescribeSizes(const Model& model);
+
+/// Windows' memory of these very paths with the monitors that are connected now, the latest one;
+/// null when there is none.
+const Arrangement* LastUse(const Model& model, const std::vector<Path>& paths);
+
+/// The mode as a desktop that is turned by so many quarters takes it.
+DisplayMode Turned(DisplayMode mode, uint32_t orientation);
 
 }  // namespace sim

@@ -10,31 +10,6 @@
 namespace sim {
 namespace {
 
-bool SamePaths(std::vector<Path> a, std::vector<Path> b) {
-  const auto key = [](const Path& path) { return std::make_pair(path.source, path.connector); };
-  const auto before = [&key](const Path& x, const Path& y) { return key(x) < key(y); };
-  std::sort(a.begin(), a.end(), before);
-  std::sort(b.begin(), b.end(), before);
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [&key](const Path& x, const Path& y) { return key(x) == key(y); });
-}
-
-// Windows' memory of these very paths with these monitors; null when there is none.
-const Arrangement* LastUse(const Model& model, const std::vector<Path>& paths) {
-  const auto entry = model.remembered.find(ConnectedSet(model));
-  if (entry == model.remembered.end()) return nullptr;
-  const auto& saved = entry->second;
-  const auto found = std::find_if(saved.rbegin(), saved.rend(), [&paths](const Arrangement& a) {
-    return SamePaths(a.paths, paths);
-  });
-  return found == saved.rend() ? nullptr : &*found;
-}
-
-DisplayMode Turned(DisplayMode mode, uint32_t orientation) {
-  if ((orientation & 1) != 0) std::swap(mode.width, mode.height);
-  return mode;
-}
-
 uint64_t Area(const DisplayMode& mode) { return uint64_t{mode.width} * mode.height; }
 
 // The largest listed mode that is no larger than the wanted one, at its depth; else the best there

@@ -57,11 +57,6 @@ Staged StartingPoint(const Model& model, size_t index) {
   return start;
 }
 
-DisplayMode Turned(DisplayMode mode, uint32_t orientation) {
-  if ((orientation & 1) != 0) std::swap(mode.width, mode.height);
-  return mode;
-}
-
 // Fills in what the request leaves open and looks the mode up in the device's list. False: no such
 // mode.
 bool Resolve(const Model& model, size_t index, const SettingsRequest& request, DWORD flags,

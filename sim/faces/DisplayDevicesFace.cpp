@@ -63,10 +63,9 @@ std::optional<DeviceText> DescribeDevice(const Model& model, DWORD index) {
            static_cast<unsigned>(model.sources[source].adapter + 1),
            static_cast<unsigned>(model.sources[source].source_id));
   device.key = key;
-  if (adapter.mirroring) {
-    device.flags = DISPLAY_DEVICE_MIRRORING_DRIVER;
-  } else if (IsAttached(model, source)) {
-    device.flags = DISPLAY_DEVICE_ATTACHED_TO_DESKTOP;
+  if (adapter.mirroring) device.flags = DISPLAY_DEVICE_MIRRORING_DRIVER;
+  if (IsAttached(model, source)) {
+    device.flags |= DISPLAY_DEVICE_ATTACHED_TO_DESKTOP;
     if (source == model.primary_source) device.flags |= DISPLAY_DEVICE_PRIMARY_DEVICE;
   }
   return device;

@@ -1,5 +1,6 @@
 // Kernel handles that the library makes itself: really made and closed, counted and kept in the
-// ledger. Handles that the compiler's thread support makes and closes pass through uncounted.
+// ledger (threads and events are made in ThreadFace). Handles that the compiler's thread support
+// makes and closes pass through uncounted.
 #include "sim/Failure.h"
 #include "sim/MachineState.h"
 
@@ -11,7 +12,8 @@ namespace {
 constexpr char kFile[] = "file";
 constexpr char kMutex[] = "mutex";
 constexpr char kThread[] = "thread";
-constexpr const char* kKinds[] = {kFile, kMutex, kThread};
+constexpr char kEvent[] = "event";
+constexpr const char* kKinds[] = {kFile, kMutex, kThread, kEvent};
 
 HANDLE Refuse(const Call& call, DWORD usual, HANDLE nothing) {
   SetLastError(call.FaultCode() != 0 ? call.FaultCode() : usual);
@@ -39,22 +41,6 @@ HANDLE WINAPI FakeCreateMutexW(LPSECURITY_ATTRIBUTES security, BOOL owned, LPCWS
   return Take(kMutex, CreateMutexW(security, owned, name));
 }
 
-// Not in the ledger: the compiler's thread support makes such events for itself and keeps some.
-HANDLE WINAPI FakeCreateEventA(LPSECURITY_ATTRIBUTES security, BOOL manual, BOOL set, LPCSTR name) {
-  Call call("CreateEventA");
-  if (call.Fails()) return Refuse(call, ERROR_NO_SYSTEM_RESOURCES, nullptr);
-  return CreateEventA(security, manual, set, name);
-}
-
-// The thread really runs. The compiler's thread support starts its own by another way.
-HANDLE WINAPI FakeCreateThread(LPSECURITY_ATTRIBUTES security, SIZE_T stack,
-                               LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD flags,
-                               LPDWORD id) {
-  Call call("CreateThread");
-  if (call.Fails()) return Refuse(call, ERROR_NOT_ENOUGH_MEMORY, nullptr);
-  return Take(kThread, CreateThread(security, stack, start, parameter, flags, id));
-}
-
 // A handle closed twice may by then be somebody else's: told where it shows, the last error kept.
 BOOL CloseReal(HANDLE handle) {
   if (CloseHandle(handle)) return TRUE;
@@ -78,7 +64,9 @@ BOOL WINAPI FakeCloseHandle(HANDLE handle) {
     return TRUE;
   }
   for (const char* kind : kKinds) {
-    if (state.ledger.Give(kind, reinterpret_cast<uint64_t>(handle))) break;
+    if (!state.ledger.Give(kind, reinterpret_cast<uint64_t>(handle))) continue;
+    call.Read(1, "%s", kind);
+    break;
   }
   return CloseReal(handle);
 }
@@ -89,8 +77,6 @@ const std::vector<Entry>& HandleFace() {
   static const std::vector<Entry> entries = {
       {"kernel32.dll", "CreateFileW", Guard<FakeCreateFileW>()},
       {"kernel32.dll", "CreateMutexW", Guard<FakeCreateMutexW>()},
-      {"kernel32.dll", "CreateEventA", Guard<FakeCreateEventA>()},
-      {"kernel32.dll", "CreateThread", Guard<FakeCreateThread>()},
       {"kernel32.dll", "CloseHandle", Guard<FakeCloseHandle>()},
   };
   return entries;

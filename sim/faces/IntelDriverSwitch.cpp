@@ -26,30 +26,6 @@ constexpr uint32_t kReservedAt = 104;
 constexpr uint32_t kSingle = 1;
 constexpr uint32_t kClone = 3;
 
-bool SamePaths(std::vector<Path> a, std::vector<Path> b) {
-  const auto key = [](const Path& path) { return std::make_pair(path.source, path.connector); };
-  const auto before = [&key](const Path& x, const Path& y) { return key(x) < key(y); };
-  std::sort(a.begin(), a.end(), before);
-  std::sort(b.begin(), b.end(), before);
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [&key](const Path& x, const Path& y) { return key(x) == key(y); });
-}
-
-// Windows' memory of these very paths with these monitors; null when there is none.
-const Arrangement* LastUse(const Model& model, const std::vector<Path>& paths) {
-  const auto entry = model.remembered.find(ConnectedSet(model));
-  if (entry == model.remembered.end()) return nullptr;
-  for (auto saved = entry->second.rbegin(); saved != entry->second.rend(); ++saved) {
-    if (SamePaths(saved->paths, paths)) return &*saved;
-  }
-  return nullptr;
-}
-
-DisplayMode Turned(DisplayMode mode, uint32_t orientation) {
-  if ((orientation & 1) != 0) std::swap(mode.width, mode.height);
-  return mode;
-}
-
 IntelError CheckConnectors(const Model& model, const std::vector<IntelDesktop>& desktops) {
   std::set<size_t> seen;
   for (const IntelDesktop& desktop : desktops) {

@@ -30,7 +30,10 @@ InventedModule* FindInvented(const std::string& path) {
   auto& invented = State().invented;
   auto found = invented.find(LowerCase(path));
   if (found == invented.end()) found = invented.find(BaseName(path));
-  return found == invented.end() ? nullptr : &found->second;
+  if (found == invented.end()) return nullptr;
+  InventedModule& module = found->second;
+  const bool is_there = module.available == nullptr || module.available(State().model);
+  return is_there || module.references > 0 ? &module : nullptr;
 }
 
 InventedModule* InventedFromHandle(HMODULE module) {

@@ -325,17 +325,6 @@ BOOL WINAPI FakeProcess32NextW(HANDLE snapshot, LPPROCESSENTRY32W record) {
   return GiveProcess("Process32NextW", snapshot, record, false, Widen);
 }
 
-// No program of this machine can be started; whoever simulates one puts it in the way.
-// NOLINTNEXTLINE(readability-non-const-parameter): the types are those of Windows
-BOOL WINAPI FakeCreateProcessA(LPCSTR application, LPSTR line, LPSECURITY_ATTRIBUTES,
-                               LPSECURITY_ATTRIBUTES, BOOL, DWORD, LPVOID, LPCSTR, LPSTARTUPINFOA,
-                               LPPROCESS_INFORMATION) {
-  Call call("CreateProcessA");
-  const char* shown = line != nullptr ? line : application != nullptr ? application : "null";
-  call.Changed(FALSE, "%s", shown);
-  return Refuse(call, ERROR_ACCESS_DENIED);
-}
-
 // --- Lines for a debugger.
 
 // The journal has one line a call: a line feed shows as "\n" there.
@@ -380,7 +369,6 @@ const std::vector<Entry>& SystemFace() {
       {"kernel32.dll", "Process32Next", Guard<FakeProcess32Next>()},
       {"kernel32.dll", "Process32FirstW", Guard<FakeProcess32FirstW>()},
       {"kernel32.dll", "Process32NextW", Guard<FakeProcess32NextW>()},
-      {"kernel32.dll", "CreateProcessA", Guard<FakeCreateProcessA>()},
       {"kernel32.dll", "OutputDebugStringW", Guard<FakeOutputDebugStringW>()},
       {"winmm.dll", "waveOutGetNumDevs", Guard<FakeWaveOutGetNumDevs>()},
   };

@@ -1,7 +1,6 @@
 // Time: the DLL sees the machine's virtual clock. A Sleep moves it and fires nothing; timers fire
 // in Machine::Advance, since only a pumped message loop would deliver them. With real time the real
 // functions work and timers are only recorded.
-#include <algorithm>
 #include <ctime>
 
 #include "sim/MachineState.h"
@@ -9,17 +8,15 @@
 namespace sim {
 namespace {
 
-// How long a wait with a time-out may really take before virtual time is said to have run out:
-// enough for a thread of the library that is about to signal.
-constexpr DWORD kRealPatience = 200;
-
 Clock& TheClock() { return Machine::Current().state().clock; }
 
 void WINAPI FakeSleep(DWORD milliseconds) {
   Call call("Sleep");
   call.Read(0, "%lu", milliseconds);
   if (TheClock().real()) return Sleep(milliseconds);
-  TheClock().Pass(milliseconds);
+  if (milliseconds == 0 || !Machine::Current().state().threads.Sleep(milliseconds)) {
+    TheClock().Pass(milliseconds);
+  }
   Sleep(0);
 }
 
@@ -63,8 +60,8 @@ UINT_PTR WINAPI FakeSetTimer(HWND window, UINT_PTR id, UINT period, TIMERPROC pr
   if (!clock.real()) return clock.Arm(window, id, period, procedure);
   const UINT_PTR result = SetTimer(window, id, period, procedure);
   if (result != 0) {
-    clock.Record(
-        {window, window == nullptr ? result : id, period, GetTickCount64() + period, procedure});
+    clock.Record({window, window == nullptr ? result : id, period, GetTickCount64() + period,
+                  procedure, GetCurrentThreadId()});
   }
   return result;
 }
@@ -79,20 +76,6 @@ BOOL WINAPI FakeKillTimer(HWND window, UINT_PTR id) {
   call.Read(1, "id=%llu", static_cast<unsigned long long>(id));
   const bool known = clock.Disarm(window, id);
   return clock.real() ? KillTimer(window, id) : known;
-}
-
-DWORD WINAPI FakeWaitForSingleObject(HANDLE handle, DWORD milliseconds) {
-  Call call("WaitForSingleObject");
-  if (call.Fails()) {
-    SetLastError(call.FaultCode() != 0 ? call.FaultCode() : ERROR_INVALID_HANDLE);
-    return WAIT_FAILED;
-  }
-  Clock& clock = TheClock();
-  call.Read(0, "%lu", milliseconds);
-  if (clock.real() || milliseconds == INFINITE) return WaitForSingleObject(handle, milliseconds);
-  const DWORD result = WaitForSingleObject(handle, std::min(milliseconds, kRealPatience));
-  if (result == WAIT_TIMEOUT) clock.Pass(milliseconds);
-  return result;
 }
 
 }  // namespace
@@ -110,7 +93,6 @@ const std::vector<Entry>& TimeFace() {
        SinceWindows8},
       {"user32.dll", "SetTimer", Guard<FakeSetTimer>()},
       {"user32.dll", "KillTimer", Guard<FakeKillTimer>()},
-      {"kernel32.dll", "WaitForSingleObject", Guard<FakeWaitForSingleObject>()},
   };
   return entries;
 }

@@ -1,6 +1,7 @@
 // Windows: real ones, recorded. The cursor and the posts are simulated in virtual time, since a
 // test has no person at the mouse and no message loop.
 #include <algorithm>
+#include <cstdio>
 #include <string>
 
 #include "sim/MachineState.h"
@@ -30,6 +31,12 @@ HWND Made(HWND window) {
   return window;
 }
 
+// Whose instance a window or class was made with.
+const char* InstanceName(HINSTANCE instance) {
+  if (instance == nullptr) return "no instance";
+  return instance == GetModuleHandleW(nullptr) ? "the host's instance" : "another instance";
+}
+
 HWND WINAPI FakeCreateDialogParamA(HINSTANCE instance, LPCSTR resource, HWND owner,
                                    DLGPROC procedure, LPARAM parameter) {
   Call call("CreateDialogParamA");
@@ -50,8 +57,15 @@ HWND WINAPI FakeCreateWindowExA(DWORD ex_style, LPCSTR class_name, LPCSTR title,
     SetLastError(CodeOr(call, ERROR_NOT_ENOUGH_MEMORY));
     return nullptr;
   }
-  return Made(CreateWindowExA(ex_style, class_name, title, style, x, y, width, height, parent, menu,
-                              instance, parameter));
+  const HWND window = Made(CreateWindowExA(ex_style, class_name, title, style, x, y, width, height,
+                                           parent, menu, instance, parameter));
+  const DWORD error = GetLastError();
+  call.Read(window != nullptr,
+            "ex_style=0x%lx class=%s title=%s style=0x%lx at %d,%d size=%dx%d parent=%d menu=%d %s",
+            ex_style, IS_INTRESOURCE(class_name) ? "#" : class_name, title != nullptr ? title : "",
+            style, x, y, width, height, parent != nullptr, menu != nullptr, InstanceName(instance));
+  SetLastError(error);
+  return window;
 }
 
 HWND WINAPI FakeCreateWindowExW(DWORD ex_style, LPCWSTR class_name, LPCWSTR title, DWORD style,
@@ -113,7 +127,17 @@ ATOM Register(const char* name, const Record* record, Function real) {
 }
 
 ATOM WINAPI FakeRegisterClassA(const WNDCLASSA* record) {
-  return Register("RegisterClassA", record, RegisterClassA);
+  const ATOM atom = Register("RegisterClassA", record, RegisterClassA);
+  if (!State().journal.reads()) return atom;
+  const std::wstring name = ClassName(record->lpszClassName);
+  char text[200];
+  std::snprintf(text, sizeof(text), "style=%u background=%llu menu=%d extra=%d,%d %s)=%d",
+                record->style,
+                static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(record->hbrBackground)),
+                record->lpszMenuName != nullptr, record->cbClsExtra, record->cbWndExtra,
+                InstanceName(record->hInstance), atom != 0);
+  JournalLine("RegisterClassA(" + Narrow(name) + " " + text);
+  return atom;
 }
 
 ATOM WINAPI FakeRegisterClassExW(const WNDCLASSEXW* record) {
@@ -250,10 +274,7 @@ std::vector<Entry> RealEntries() {
       CountedEntry<GetMonitorInfoA>(kUser32, "GetMonitorInfoA"),
       CountedEntry<DefWindowProcA>(kUser32, "DefWindowProcA"),
       CountedEntry<DefWindowProcW>(kUser32, "DefWindowProcW"),
-      CountedEntry<GetMessageA>(kUser32, "GetMessageA"),
       CountedEntry<TranslateMessage>(kUser32, "TranslateMessage"),
-      CountedEntry<DispatchMessageA>(kUser32, "DispatchMessageA"),
-      CountedEntry<PostThreadMessageA>(kUser32, "PostThreadMessageA"),
       CountedEntry<PostQuitMessage>(kUser32, "PostQuitMessage"),
       CountedEntry<InitCommonControls>("comctl32.dll", "InitCommonControls"),
   };

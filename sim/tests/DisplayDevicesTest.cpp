@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "sim/ShortForm.h"
+#include "sim/Topology.h"
+#include "sim/faces/NvidiaDriver.h"
 #include "sim/tests/FaceCalls.h"
 
 namespace sim {
@@ -276,6 +278,43 @@ TEST(DisplaySettingsChange, SecondDeviceLeavesTheClone) {
   ASSERT_EQ(Change(kSecond, SizedAt(1024, 768, 1024, 0), kStage), DISP_CHANGE_SUCCESSFUL);
   ASSERT_EQ(Commit(), DISP_CHANGE_SUCCESSFUL);
   EXPECT_EQ(machine.Topology(), "extend internal+crt");
+}
+
+// What a clone group of NVIDIA's driver shows is not dark, but free when nothing else is.
+TEST(DisplaySettingsChange, DeviceThatComesTakesADarkDisplayBeforeOneOfAGroup) {
+  Machine machine("win7 intel, nvidia: internal 1366x768 active, dp@2 1600x900, hdmi@2 1920x1080");
+  Model& model = machine.model();
+  const size_t device = *FindSource(model, "\\\\.\\DISPLAY3");
+  const size_t dp = *FindConnector(model, "dp");
+  const size_t hdmi = *FindConnector(model, "hdmi");
+  EXPECT_EQ(ConnectorForSource(model, model.active, device), dp);
+  model.nvidia_clone_groups = {{{3, 0x100}, {0, NvDisplayIdOf(model, "dp")}}};
+  EXPECT_EQ(ConnectorForSource(model, model.active, device), hdmi);
+  model.nvidia_clone_groups.push_back({{3, 0x100}, {0, NvDisplayIdOf(model, "hdmi")}});
+  EXPECT_EQ(ConnectorForSource(model, model.active, device), dp);
+}
+
+// NVIDIA's driver shows nothing on the panel of the other adapter, though it is in the group.
+TEST(DisplaySettingsChange, PanelOfACloneGroupIsAsDarkAsWindowsLeavesIt) {
+  Machine machine("win7 intel, nvidia: internal 1366x768, crt 1280x1024, dp@2 1600x900 active");
+  Model& model = machine.model();
+  const size_t device = *FindSource(model, "\\\\.\\DISPLAY1");
+  model.nvidia_clone_groups = {{{3, 0x100}, {0, NvDisplayIdOf(model, "dp")}}};
+  EXPECT_EQ(ConnectorForSource(model, model.active, device), *FindConnector(model, "internal"));
+}
+
+TEST(DisplaySettingsChange, DisplayOfAGroupIsTakenBeforeOneOutOfWindowsClone) {
+  Machine machine(
+      "win7 intel, nvidia: clone internal 1024x768, dvi@2 1024x768, dp@2 1024x768 active, "
+      "hdmi@2 1024x768 active");
+  Model& model = machine.model();
+  const size_t device = *FindSource(model, "\\\\.\\DISPLAY4");
+  const size_t dvi = *FindConnector(model, "dvi");
+  EXPECT_EQ(ConnectorForSource(model, model.active, device), dvi);
+  model.nvidia_clone_groups = {{{3, 0x100}, {0, NvDisplayIdOf(model, "dvi")}}};
+  EXPECT_EQ(ConnectorForSource(model, model.active, device), dvi);
+  model.connectors[dvi].monitor.reset();
+  EXPECT_EQ(ConnectorForSource(model, model.active, device), *FindConnector(model, "hdmi"));
 }
 
 TEST(DisplaySettingsChange, OrientationTurnsTheSizes) {

@@ -309,11 +309,26 @@ std::string Checkout() {
 }
 
 TEST(MachineFile, EveryNotebookOfTheFolderStartsWithItsPanelAlone) {
-  for (const char* name :
-       {"intel-panel-crt", "intel-panel-hdmi", "intel-panel-crt-hdmi", "nvidia-panel-crt",
-        "intel-nvidia", "amd-panel-hdmi", "displaylink-intel", "xp-nvidia", "vista-nvidia",
-        "server2008", "win7-starter", "intel-panel-projector", "intel-portrait-crt",
-        "intel-1024x600-crt", "intel-twin-monitors"}) {
+  for (const char* name : {"intel-panel-crt",
+                           "intel-panel-hdmi",
+                           "intel-panel-crt-hdmi",
+                           "nvidia-panel-crt",
+                           "intel-nvidia",
+                           "amd-panel-hdmi",
+                           "displaylink-intel",
+                           "xp-nvidia",
+                           "vista-nvidia",
+                           "server2008",
+                           "win7-starter",
+                           "intel-panel-projector",
+                           "intel-portrait-crt",
+                           "intel-1024x600-crt",
+                           "intel-twin-monitors",
+                           "intel-nvidia-four",
+                           "server2003-nvidia",
+                           "intel-nvidia-discrete",
+                           "intel-nvidia-integrated",
+                           "xp-nvidia-hdmi"}) {
     const Model model = LoadMachineFile(Checkout() + "machines/" + name + ".toml");
     EXPECT_EQ(DescribeTopology(model), "single internal") << name;
     EXPECT_GE(ConnectedIds(model).size(), 2u) << name;

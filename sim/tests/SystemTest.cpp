@@ -211,17 +211,6 @@ TEST(System, ComRefusesWithItsDocumentedFailure) {
   EXPECT_EQ(FAKE(CoInitialize)(nullptr), S_OK);
 }
 
-TEST(System, NoProgramIsStartedAndTheTryIsJournalled) {
-  Machine machine(kMachine);
-  char line[] = "rundll32.exe NvCpl.DLL,dtcfg";
-  STARTUPINFOA startup = {};
-  PROCESS_INFORMATION process = {};
-  EXPECT_FALSE(FAKE(CreateProcessA)(nullptr, line, nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                                    &startup, &process));
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
-  EXPECT_EQ(machine.TakeJournal(), "CreateProcessA(rundll32.exe NvCpl.DLL,dtcfg)=0\n");
-}
-
 TEST(System, SoundDevicesAreCounted) {
   Machine machine(kMachine);
   EXPECT_EQ(FAKE(waveOutGetNumDevs)(), 1u);

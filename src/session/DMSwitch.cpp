@@ -13,7 +13,6 @@
 #include "Common/win_util.h"
 #include "Workaround/IMonitorTestWorkaround.h"
 #include "Workaround/RefreshRateWorkaround.h"
-#include "session/NvidiaAudioRefresh.h"
 #include "session/catalogue/ItemRules.h"
 #include "session/popup/GdiObjects.h"
 
@@ -42,9 +41,6 @@ DMSwitch::DMSwitch() : monitor_test_workaround_(CreateMonitorTestWorkaround()) {
 DMSwitch::~DMSwitch() {
   EndSession();
   s_self = nullptr;
-  // The host may unload the library next, and a timer that fired after that would call into
-  // nothing.
-  StopDetection();
   item_rects_.clear();
   intel_rr_workaround_.reset();
   monitor_test_workaround_.reset();

@@ -1,11 +1,14 @@
 #include "session/NvidiaAudioRefresh.h"
 
+#include "Common/AtExitManager.h"
 #include "Common/Logging.h"
 #include "Common/MultiMonitor/CallScope.h"
 #include "Common/MultiMonitor/IMMonitor.h"
 #include "Common/MultiMonitor/MMObjectFactory.h"
+#include "Common/MultiMonitor/Nvidia/NvidiaMMImpl.h"
 #include "Common/Win.h"
 #include "Common/win_util.h"
+#include "session/Lifecycle.h"
 
 // Left out by WIN32_LEAN_AND_MEAN.
 #include <mmsystem.h>
@@ -18,7 +21,8 @@ constexpr UINT kSeveralAudioOutputs = 2;
 
 UINT_PTR g_refreshTimer = 0;
 uint32_t g_refreshCount = 0;
-void (*g_detect)() = nullptr;
+bool (*g_detect)() = nullptr;
+bool g_killedAtUnload = false;  // the at-exit manager will see to it
 
 void KillRefreshTimer() {
   if (g_refreshTimer == 0) return;
@@ -38,8 +42,7 @@ void OnRefreshTimer() {
   // Deliberate: the fifth firing ends it, which leaves four further detections.
   if (g_refreshCount >= kRefreshLimit) return;
   if (waveOutGetNumDevs() < kSeveralAudioOutputs) return;
-  g_detect();
-  StartRefreshTimer();
+  if (g_detect()) StartRefreshTimer();
 }
 
 void CALLBACK RefreshTimerProc(HWND, UINT, UINT_PTR, DWORD) {
@@ -51,22 +54,28 @@ void CALLBACK RefreshTimerProc(HWND, UINT, UINT_PTR, DWORD) {
   }
 }
 
-/// The control-panel object behind `object`, whose detection is the one to repeat. No such object
-/// exists yet.
-IMMonitor* NvidiaControlPanelObject(IMMonitor* object) {
-  static_cast<void>(object);
-  return nullptr;
-}
-
+/// @return false when `object` is not the control panel's, whose detection is the one to repeat
 bool DetectOn(IMMonitor* object) {
-  IMMonitor* const nv = object == nullptr ? nullptr : NvidiaControlPanelObject(object);
+  auto* const nv = dynamic_cast<NvidiaMMImpl*>(object);
   DCHECK(nv != NULL);
   if (nv == nullptr) return false;
   nv->DetectDisplays();
   return true;
 }
 
-void DetectOnActiveObject() { DetectOn(GetMultiMonitorObject()); }
+/// The object of the switch may be gone by now. Without a side that is up there is none, and asking
+/// would make one that nobody ends.
+bool DetectOnActiveObject() {
+  const bool has_object = g_switchReady || g_extendModeReady;
+  return DetectOn(has_object ? GetMultiMonitorObject() : nullptr);
+}
+
+/// The host may unload the library with a timer pending, which would then call into nothing.
+void KillAtUnload() {
+  if (g_killedAtUnload) return;
+  AtExitManager::RegisterCallback([](void*) { KillRefreshTimer(); }, nullptr);
+  g_killedAtUnload = true;  // not before: the registration may throw
+}
 
 }  // namespace
 
@@ -77,12 +86,12 @@ void StartNvidiaAudioRefresh(IMMonitor* object, uint32_t mode, uint32_t displays
   if (DetectOn(object)) RepeatDetection(DetectOnActiveObject);
 }
 
-void RepeatDetection(void (*detect)()) {
-  // Deliberate: the timer has no window and outlives the session that started it.
+void RepeatDetection(bool (*detect)()) {
+  // Deliberate: the timer has no window and outlives the session that started it, and the switch
+  // side, too.
   KillRefreshTimer();
+  KillAtUnload();
   g_detect = detect;
   g_refreshCount = 0;
   StartRefreshTimer();
 }
-
-void StopDetection() { KillRefreshTimer(); }

@@ -12,8 +12,7 @@ class IMMonitor;
 void StartNvidiaAudioRefresh(IMMonitor* object, uint32_t mode, uint32_t displays);
 
 /// Runs `detect` every 2000 ms, at most four times, while the system has two or more wave-out
-/// devices. Needs the host's message loop on this thread. A second start replaces the first.
-void RepeatDetection(void (*detect)());
-
-/// Ends a repeated detection that is still pending.
-void StopDetection();
+/// devices and `detect` gives true. Needs the host's message loop on this thread. A second start
+/// replaces the first. What is pending outlives the session and the switch side; it ends when the
+/// library is unloaded, which the same thread must do.
+void RepeatDetection(bool (*detect)());

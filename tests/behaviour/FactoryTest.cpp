@@ -1,58 +1,15 @@
 // Which display object answers for which machine, and when it is made anew.
 #include <gtest/gtest.h>
 
-#include "sim/Library.h"
-#include "sim/Machine.h"
-#include "tests/support/FakeMonitor.h"
+#include "tests/behaviour/FactoryHost.h"
 
 namespace {
 
 using Vendors = std::vector<uint16_t>;
 
-constexpr wchar_t kWithChecks[] = L"host.exe --enable-dcheck --v=1";
-
 bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
-
-/// A machine, the white-box build on top of it, and the factory's functions.
-struct FactoryHost {
-  explicit FactoryHost(const std::string& text, const std::wstring& command_line = L"host.exe")
-      : machine(text), script(std::make_shared<FakeScript>()) {
-    machine.SetCommandLine(command_line);
-  }
-
-  ~FactoryHost() {
-    if (ostrel != nullptr) (*this)->DeleteMultiMonitorObject();
-  }
-  FactoryHost(const FactoryHost&) = delete;
-  FactoryHost& operator=(const FactoryHost&) = delete;
-
-  const FactoryBox* operator->() {
-    if (ostrel == nullptr) {
-      ostrel = std::make_unique<sim::Library>(machine, sim::Library::Build::kWhiteBox);
-    }
-    return ostrel->white_box().factory;
-  }
-
-  sim::Adapter& Adapter(size_t index) { return machine.model().adapters[index]; }
-
-  void Install(uint32_t vendor) {
-    (*this)->InstallMonitor(new FakeMonitor(script), static_cast<uint16_t>(vendor));
-    script->TakeCalls();
-  }
-
-  Vendors Listed(bool include_root_enumerated) {
-    Vendors vendors;
-    const bool listed = (*this)->EnumerateDisplayAdapterVendors(include_root_enumerated, &vendors);
-    EXPECT_EQ(listed, !vendors.empty());
-    return vendors;
-  }
-
-  sim::Machine machine;
-  std::shared_ptr<FakeScript> script;
-  std::unique_ptr<sim::Library> ostrel;
-};
 
 constexpr char kIntel[] = "win7 intel: internal 1366x768 active, crt 1024x768";
 constexpr char kIntelNvidia[] = "win7 intel, nvidia: internal 1366x768 active, crt 1024x768";
@@ -98,10 +55,37 @@ TEST(EnumerateDisplayAdapterVendors, SkipsADeviceWithoutAReadableHardwareId) {
   EXPECT_EQ(host.Listed(true), Vendors({0x10DE}));
 }
 
+TEST(EnumerateDisplayAdapterVendors, SkipsADeviceWhoseHardwareIdTakesMoreThan256Bytes) {
+  FactoryHost host(kIntelNvidia);
+  // Two ends stand behind it: that of the text and that of the list.
+  const std::string id = "PCI\\VEN_1002&DEV_6841";
+  host.Adapter(0).hardware_id = id + std::string(254 - id.size(), 'x');
+  EXPECT_EQ(host.Listed(true), Vendors({0x1002, 0x10DE}));
+  host.Adapter(0).hardware_id += 'x';
+  EXPECT_EQ(host.Listed(true), Vendors({0x10DE}));
+}
+
 TEST(EnumerateDisplayAdapterVendors, HardwareIdWithoutUnderscoreIsVendorZero) {
   FactoryHost host(kIntelNvidia);
   host.Adapter(0).hardware_id = "ROOT\\BASICDISPLAY";
   EXPECT_EQ(host.Listed(true), Vendors({0, 0x10DE}));
+}
+
+TEST(EnumerateDisplayAdapterVendors, AsksForThePresentDisplayDevices) {
+  FactoryHost host(kIntelNvidia);
+  host->ActiveMonitor();  // the library is there
+  host.machine.JournalReads(true);
+  host.Listed(true);
+  EXPECT_EQ(host.machine.TakeJournal(),
+            "SetupDiGetClassDevsA(flags=0x2)=0\n"
+            "SetupDiEnumDeviceInfo(0)=1\n"
+            "SetupDiGetDeviceRegistryPropertyA(0x1000 property=1)=1\n"
+            "CM_Get_DevNode_Status(0x1000)=0\n"
+            "SetupDiEnumDeviceInfo(1)=1\n"
+            "SetupDiGetDeviceRegistryPropertyA(0x1001 property=1)=1\n"
+            "CM_Get_DevNode_Status(0x1001)=0\n");
+  host.Adapter(0).enumerated = false;  // installed, but not there
+  EXPECT_EQ(host.Listed(true), Vendors({0x10DE}));
 }
 
 TEST(EnumerateDisplayAdapterVendors, IsFalseWithoutADeviceList) {
@@ -259,29 +243,27 @@ TEST(GetMultiMonitorObject, RebuildsWhenTheOneListedVendorIsAnother) {
 }
 
 TEST(GetMultiMonitorObject, ADisabledAdapterTurnsTwoIntoOne) {
-  FactoryHost host(kIntelNvidia);
-  host.Install(kVendorIntel);
+  StandInHost host(kIntelNvidia);
+  ASSERT_EQ(host.Answer(), "IntelMMImpl");  // the probe names Intel
   IMMonitor* const object = host->ActiveMonitor();
-  EXPECT_EQ(host->GetMultiMonitorObject(), object);  // the probe names Intel
-  host.Adapter(0).disabled = true;
-  host->GetMultiMonitorObject();
-  EXPECT_TRUE(host.script->deleted);
+  EXPECT_EQ(host->GetMultiMonitorObject(), object);
+  host.Disable(0);
+  EXPECT_EQ(host.Answer(), "NvidiaMMImplV3");
+  EXPECT_EQ(host.backends.Living(), "NvidiaMMImplV3 ");
   EXPECT_EQ(host->ActiveVendor(), 0x10DE);
 }
 
 TEST(GetMultiMonitorObject, IntelNvidiaIntelIsAMachineWithTwoAdapters) {
-  FactoryHost host("win7 intel, nvidia, intel: internal 1366x768 active");
-  host.Install(kVendorNvidia);
-  IMMonitor* const object = host->ActiveMonitor();
-  // With one adapter the vendor would now be that of the first entry; with several the probe runs,
-  // and without a usable NVIDIA object it names Intel, whose object this counts as.
-  EXPECT_EQ(host->GetMultiMonitorObject(), object);
-  EXPECT_EQ(host->ActiveVendor(), 0x8086);
+  StandInHost host("win7 intel, nvidia, intel: internal 1366x768 active");
+  host.backends.script.adapter_mode = 1;
+  EXPECT_EQ(host.Answer(), "NvidiaMMImplV3");
+  EXPECT_EQ(host->ActiveVendor(), 0x10DE);
 }
 
 TEST(GetMultiMonitorObject, AmdThatCannotBeInitialisedLeavesIntel) {
-  FactoryHost host(kIntelAmd);
-  host.Install(kVendorIntel);
+  StandInHost host(kIntelAmd);
+  host.backends.script.adl = Start::kFails;
+  ASSERT_EQ(host.Answer(), "IntelMMImpl");
   IMMonitor* const object = host->ActiveMonitor();
   EXPECT_EQ(host->GetMultiMonitorObject(), object);
   EXPECT_EQ(host->ActiveVendor(), 0x8086);
@@ -295,7 +277,7 @@ TEST(OnActiveDisplayAdapterVendorChanged, DoesNothingWhileTheVendorIsTheSame) {
   host->OnActiveDisplayAdapterVendorChanged();
   EXPECT_FALSE(host.script->deleted);
   EXPECT_TRUE(Contains(host.machine.Log(),
-                       "OnActiveDisplayAdapterVendorChanged()\n\t Original vendor id: 8086\n"
+                       "OnActiveDisplayAdapterVendorChanged()\n\t Original vendor id: 8086"
                        "\t New vendor id     : 8086\n"));
   EXPECT_FALSE(Contains(host.machine.Log(), "Adapter vendor id changed to"));
 }
@@ -308,7 +290,7 @@ TEST(OnActiveDisplayAdapterVendorChanged, ReplacesTheObjectAndSaysSo) {
   EXPECT_TRUE(host.script->deleted);
   EXPECT_EQ(host->ActiveVendor(), 0x10DE);
   EXPECT_TRUE(Contains(host.machine.Log(),
-                       "OnActiveDisplayAdapterVendorChanged()\n\t Original vendor id: 8086\n"
+                       "OnActiveDisplayAdapterVendorChanged()\n\t Original vendor id: 8086"
                        "\t New vendor id     : 10de\n"));
   EXPECT_TRUE(Contains(host.machine.Log(), "Adapter vendor id changed to : 4318\n"));
 }
@@ -336,15 +318,14 @@ TEST(OnActiveDisplayAdapterVendorChanged, DoesNotLookForTheTwoAdapterController)
 }
 
 TEST(OnActiveDisplayAdapterVendorChanged, KeepsTheOldObjectAliveUntilTheOutermostCallReturns) {
-  FactoryHost host(kIntel);
+  StandInHost host(kIntel);
   host.Install(kVendorIntel);
   host.Adapter(0).hardware_id = "PCI\\VEN_1002&DEV_6841";
   host->RunInCallScope(
       [](void* context) {
-        FactoryHost& inner = *static_cast<FactoryHost*>(context);
+        StandInHost& inner = *static_cast<StandInHost*>(context);
         inner->OnActiveDisplayAdapterVendorChanged();
-        ASSERT_NE(inner->ActiveMonitor(), nullptr);
-        EXPECT_EQ(inner->ActiveMonitor()->GetVgaVendor(), 0x1002u);  // another one
+        EXPECT_EQ(NameOf(inner->ActiveMonitor()), "ADLImpl");
         EXPECT_FALSE(inner.script->deleted);
         inner->RunInCallScope([](void*) {}, nullptr);
         EXPECT_FALSE(inner.script->deleted);  // an inner scope ends nothing
@@ -395,8 +376,21 @@ TEST(GetActiveVendorId, IsTheOneEntry) {
 }
 
 TEST(GetActiveVendorId, IsIntelWhereTheOtherVendorsLibraryCannotBeAsked) {
-  EXPECT_EQ(FactoryHost(kIntelNvidia)->GetActiveVendorId(), 0x8086u);
-  EXPECT_EQ(FactoryHost(kIntelAmd)->GetActiveVendorId(), 0x8086u);
+  for (const char* text : {kIntelNvidia, kIntelAmd}) {
+    StandInHost host(text);
+    host.backends.script.nvidia = Start::kFails;
+    host.backends.script.adl = Start::kFails;
+    EXPECT_EQ(host->GetActiveVendorId(), 0x8086u) << text;
+    host.backends.script.nvidia = Start::kThrows;
+    host.backends.script.adl = Start::kThrows;
+    EXPECT_THROW(host->GetActiveVendorId(), std::runtime_error) << text;
+  }
+}
+
+TEST(GetActiveVendorId, IsAmdWhereItsLibraryStarts) {
+  StandInHost host(kIntelAmd);
+  EXPECT_EQ(host->GetActiveVendorId(), 0x1002u);
+  EXPECT_EQ(host.backends.TakeTrace(), "ADLImpl.Made\nADLImpl.Initial\nADLImpl.Ended\n");
 }
 
 TEST(GetActiveVendorId, IsZeroWhenAllEntriesAreIntel) {
@@ -532,6 +526,7 @@ TEST(SupportNvidiaCrossAdapter, IsFalseWhereIntelOwnsTheHdmiConnector) {
 
 TEST(SupportNvidiaCrossAdapter, IsFalseWithoutAnNvidiaObject) {
   FactoryHost host(kIntelNvidia);
+  host.Adapter(1).vendor_library = false;
   EXPECT_EQ(CrossAdapter(&host), "no, intel");
 }
 

@@ -218,7 +218,7 @@ TEST_F(IntelRRObject, WithoutAnObjectDoesNothing) {
   host.machine.SetCommandLine(L"host.exe --enable-dcheck");
   Install(HdmiAt(58));
   Workaround();
-  host.ostrel().white_box().objects->RefuseIntelObjects();
+  host.ostrel().white_box().factory->RefuseIntelObjects();
   host.ostrel().white_box().factory->InstallMonitor(nullptr, kVendorIntel);
   host.ForgetLog();
   Workaround()->AdjustRefreshRate();

@@ -179,20 +179,93 @@ TEST_F(ApplyJournalRetry, NoOtherVendorIsLookedAfter) {
 class ApplyJournalOldNvidia : public ApplyJournal {
  protected:
   ApplyJournalOldNvidia() : ApplyJournal(kOnXpNvidia) {}
+  void TearDown() override {
+    EXPECT_TRUE(bench.machine.ArmedTimers().empty());
+    ApplyJournal::TearDown();
+  }
+
+  /// As Apply; the moments count from here.
+  std::string ApplyAndTime() {
+    const uint64_t begin = bench.machine.Now();
+    const std::string steps = Apply();
+    took = bench.machine.Now() - begin;
+    return steps;
+  }
+  void ChangeAt(uint64_t milliseconds) {
+    bench.machine.At(bench.machine.Now() + milliseconds,
+                     [this] { bench.machine.BroadcastDisplayChange(); });
+  }
+
+  // What the desktop is set to: the size that is remembered.
+  const std::string restored =
+      "ChangeDisplaySettingsExA(null 1024x768x32@60 at 0,0 fields=0x80000 flags=0x40000009)=0\n";
+  uint64_t took = 0;  // the configured 700 ms among it
 };
 
 TEST_F(ApplyJournalOldNvidia, RestoreIsLeftToTheWatchOfDisplayChanges) {
   Open(1, kVendorNvidia);
   Remember(2, 3, 1024, 768);
-  EXPECT_EQ(Apply(), kClosed + Saved(1, 1) + Set(2, "0x3") + kAdjusted + Recorded(2, 3, 0) +
-                         kAskedForReset + "Sleep(700)=0\n" + kAdjusted + "returned 1\n");
+  EXPECT_EQ(ApplyAndTime(), kClosed + Saved(1, 1) + Set(2, "0x3") + kAdjusted + Recorded(2, 3, 0) +
+                                kAskedForReset + "Sleep(700)=0\n" + restored + kAdjusted +
+                                "returned 1\n");
+  EXPECT_EQ(took, 700u + 1500u);
+  EXPECT_EQ(Width(), 1024u);
+  ExpectEnded();
 }
 
 TEST_F(ApplyJournalOldNvidia, SoIsThatOfExtendedDesktop) {
   Open(3, kVendorNvidia);
-  EXPECT_EQ(Apply(), kClosed + Saved(1, 1) + "object: EnableExtendModeOnDisplays(1, 0x2)\n" +
-                         kAdjusted + kAskedForReset + "Sleep(700)=0\n" + kAdjusted +
-                         "returned 1\n");
+  const std::string steps = ApplyAndTime();
+  const std::string before = kClosed + Saved(1, 1) +
+                             "object: EnableExtendModeOnDisplays(1, 0x2)\n" + kAdjusted +
+                             kAskedForReset + "Sleep(700)=0\n";
+  EXPECT_EQ(steps.rfind(before, 0), 0u) << steps;
+  EXPECT_EQ(took, 700u + 1500u);
+  EXPECT_EQ(bench.machine.Calls("CreateThread"), 1u);
+  ExpectEnded();
+}
+
+TEST_F(ApplyJournalOldNvidia, WatchHearsTheChangesOfTheSwitch) {
+  Open(1, kVendorNvidia);
+  Remember(2, 3, 1024, 768);
+  for (const uint64_t moment : {700 + 500, 700 + 1000, 700 + 1500}) ChangeAt(moment);
+  ApplyAndTime();
+  EXPECT_EQ(took, 700u + 2300u);
+  EXPECT_EQ(Width(), 1024u);
+}
+
+TEST_F(ApplyJournalOldNvidia, FromExtendedDesktopTheWatchIsMorePatient) {
+  Open(1, kVendorNvidia);
+  Remember(2, 3, 1024, 768);
+  SIndex index = bench.State().opened;
+  index.value = 3;
+  bench.box().SetOpened(index);
+  ChangeAt(700 + 500);
+  ApplyAndTime();
+  EXPECT_EQ(took, 700u + 2100u);
+}
+
+TEST_F(ApplyJournalOldNvidia, SwitchGoesOnWhenTheChangesNeverStop) {
+  Open(1, kVendorNvidia);
+  Remember(2, 3, 1024, 768);
+  for (uint64_t moment = 0; moment <= 20000; moment += 500) ChangeAt(moment);
+  EXPECT_EQ(ApplyAndTime(), kClosed + Saved(1, 1) + Set(2, "0x3") + kAdjusted + Recorded(2, 3, 0) +
+                                kAskedForReset + "Sleep(700)=0\n" + kAdjusted + "returned 1\n");
+  EXPECT_EQ(took, 700u + 10000u);
+  EXPECT_EQ(Width(), 1366u);
+  ExpectEnded();
+}
+
+TEST_F(ApplyJournalOldNvidia, NextSwitchIsWatchedLikeTheFirst) {
+  Open(1, kVendorNvidia);
+  Remember(2, 3, 1024, 768);
+  Apply();
+  bench.machine.model().sources[0].mode.width = 1366;
+  Press(2);
+  ApplyAndTime();
+  EXPECT_EQ(took, 700u + 1500u);
+  EXPECT_EQ(bench.machine.Calls("CreateThread"), 2u);
+  EXPECT_EQ(Width(), 1024u);
 }
 
 TEST_F(ApplyJournalOldNvidia, FromOnePresentationToTheOtherTheSizeFollowsAtOnce) {

@@ -94,7 +94,7 @@ BOOL SessionBench::Ready(IMMonitor* object, uint16_t vendor) {
 }
 
 void SessionBench::LoseObject() {
-  ostrel_->white_box().objects->RefuseIntelObjects();
+  ostrel_->white_box().factory->RefuseIntelObjects();
   ostrel_->white_box().factory->InstallMonitor(nullptr, static_cast<uint16_t>(kVendorIntel));
 }
 

@@ -4,6 +4,7 @@
 #include "Common/MultiMonitor/HasSeveralGraphicsVendors.h"
 #include "Common/MultiMonitor/MMObjectFactory.h"
 #include "Common/MultiMonitor/MMObjectFactoryState.h"
+#include "tests/whitebox/ScarceMemory.h"
 
 namespace {
 
@@ -22,6 +23,27 @@ uint16_t ActiveVendor() { return MMObjectFactory::m_activeVendor; }
 void RunInCallScope(void (*body)(void* context), void* context) {
   const CallScope scope;
   body(context);
+}
+
+FactoryState State() {
+  return {MMObjectFactory::m_instance,          MMObjectFactory::m_activeVendor,
+          MMObjectFactory::m_factoryVendor,     MMObjectFactory::m_ccdPreferred,
+          MMObjectFactory::m_useNvidiaOnHybrid, MMObjectFactory::m_probeNvidia};
+}
+
+void Reset() {
+  MMObjectFactory::DeleteObjects();
+  MMObjectFactory::m_activeVendor = 0;
+  MMObjectFactory::m_factoryVendor = 0;
+  MMObjectFactory::m_ccdPreferred = 0;
+  MMObjectFactory::m_useNvidiaOnHybrid = 0;
+  MMObjectFactory::m_probeNvidia = 1;
+}
+
+void RefuseIntelObjects() {
+  static BackendStandIns stand_ins;
+  stand_ins.NewIntelMMImpl = []() -> IMMonitor* { return nullptr; };
+  UseBackendStandIns(&stand_ins);
 }
 
 const FactoryBox kBox = {
@@ -44,6 +66,13 @@ const FactoryBox kBox = {
     ActiveVendor,
     RunInCallScope,
     RetireMonitor,
+    State,
+    Reset,
+    UseBackendStandIns,
+    RefuseIntelObjects,
+    NewWatchedWin7CCD,
+    CreateAMDObject,
+    PiecesOut,
 };
 
 }  // namespace

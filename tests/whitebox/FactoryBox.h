@@ -6,6 +6,17 @@
 #include "Common/MultiMonitor/IDisplayExtension.h"
 #include "Common/MultiMonitor/IMMonitor.h"
 #include "Common/MultiMonitor/IPhysicalMonitor.h"
+#include "tests/whitebox/BackendStandIns.h"
+
+/// The factory's state as it stands.
+struct FactoryState {
+  IMMonitor* instance;
+  uint16_t active_vendor;
+  uint16_t factory_vendor;
+  uint8_t ccd_preferred;
+  uint8_t use_nvidia_on_hybrid;
+  uint8_t probe_nvidia;
+};
 
 struct FactoryBox {
   IMMonitor* (*GetMultiMonitorObject)();
@@ -39,6 +50,17 @@ struct FactoryBox {
   /// Runs `body(context)` as an export runs its own: inside a CallScope.
   void (*RunInCallScope)(void (*body)(void* context), void* context);
   void (*RetireMonitor)(IMMonitor* monitor);
+
+  FactoryState (*State)();
+  /// Ends the factory's objects and puts its state back to that of a library just loaded.
+  void (*Reset)();
+  void (*UseBackendStandIns)(const BackendStandIns* stand_ins);
+  /// A stand-in of its own: from now on no Intel object can be had, the factory gets null.
+  void (*RefuseIntelObjects)();
+  Win7CCD* (*NewWatchedWin7CCD)(const CcdWatch* watch);
+  IMMonitor* (*CreateAMDObject)();
+  /// How many pieces of memory the library holds now.
+  int64_t (*PiecesOut)();
 };
 
 const FactoryBox* GetFactoryBox();

@@ -7,3 +7,7 @@
 /// @return true when an earlier refusal was still to come, and is given up now
 /// @note one thread at a time
 bool RefuseMemory(uint32_t nth);
+
+/// How many pieces of memory the library has taken and not given back. One that a test's code gives
+/// back for it, a text that it returned for one, is not seen to come back.
+int64_t PiecesOut();

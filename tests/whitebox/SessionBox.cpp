@@ -3,6 +3,8 @@
 #include "Workaround/IMonitorTestWorkaround.h"
 #include "Workaround/RefreshRateWorkaround.h"
 #include "session/DMSwitch.h"
+#include "session/DisplayChangeMonitor.h"
+#include "session/DisplayChangeMonitorState.h"
 #include "session/NvidiaAudioRefresh.h"
 #include "session/catalogue/MachineFacts.h"
 #include "session/popup/GdiObjects.h"
@@ -98,6 +100,21 @@ std::string PathOfSettings() {
   return SettingsPath();
 }
 
+MonitorState MonitorVariables() {
+  return {g_ResetDisplaySettingsCompletedEvent,
+          g_DCMThreadHandle,
+          g_DCMThreadID,
+          g_resetTimer,
+          g_resetTimerPeriod,
+          g_monitorClassRegistered};
+}
+
+void SetMonitorVariables(const MonitorState& state) {
+  g_ResetDisplaySettingsCompletedEvent = state.event;
+  g_DCMThreadHandle = state.thread;
+  g_DCMThreadID = state.thread_id;
+}
+
 const SessionBox kBox = {
     Exists,
     SessionAccess::State,
@@ -129,6 +146,9 @@ const SessionBox kBox = {
     CanCloneOf,
     StartNvidiaAudioRefresh,
     RepeatDetection,
+    RunDisplayChangeMonitor,
+    MonitorVariables,
+    SetMonitorVariables,
     CenterWindowOnMonitor,
     MakeSettingsKeyForDisplays,
     PathOfSettings,

@@ -45,6 +45,16 @@ struct SessionState {
   POINT cursor_at_open = {0, 0};
 };
 
+/// The display-change monitor's process-wide variables.
+struct MonitorState {
+  HANDLE event = nullptr;
+  HANDLE thread = nullptr;
+  DWORD thread_id = 0;
+  UINT_PTR timer = 0;
+  uint32_t period = 0;
+  bool class_registered = false;
+};
+
 struct SessionBox {
   bool (*Exists)();  // DMSwitch::s_self is set
   SessionState (*State)();
@@ -81,7 +91,10 @@ struct SessionBox {
   bool (*CanCloneOnDiscreteOutputs)();
   bool (*CanCloneOnDiscreteOutputsOf)(IMMonitor* (*create)());
   void (*StartNvidiaAudioRefresh)(IMMonitor* object, uint32_t mode, uint32_t displays);
-  void (*RepeatDetection)(void (*detect)());
+  void (*RepeatDetection)(bool (*detect)());
+  void (*RunDisplayChangeMonitor)(uint32_t previous_mode);
+  MonitorState (*MonitorVariables)();
+  void (*SetMonitorVariables)(const MonitorState& state);  // the host thread's three
   void (*CenterWindowOnMonitor)(HWND window);
   SettingsKey (*MakeSettingsKeyForDisplays)(uint32_t mode, uint32_t displays);
   std::string (*SettingsPath)();  // after EnsureSettingsPath

@@ -12,7 +12,7 @@
 #include "tests/whitebox/IdentityBox.h"
 #include "tests/whitebox/IntelBox.h"
 #include "tests/whitebox/NvidiaBox.h"
-#include "tests/whitebox/ObjectsBox.h"
+#include "tests/whitebox/NvidiaPanelBox.h"
 #include "tests/whitebox/PolicyBox.h"
 #include "tests/whitebox/ProjectorBox.h"
 #include "tests/whitebox/SessionBox.h"
@@ -30,9 +30,9 @@ struct WhiteBox {
   const IntelBox* intel;
   const NvidiaBox* nvidia;
   const HybridBox* hybrid;
+  const NvidiaPanelBox* nvidia_panel;
   const AtiBox* ati;
   const AmdBox* amd;
-  const ObjectsBox* objects;
 };
 
 /// The white-box build's one export more, "Ostrel_WhiteBox".

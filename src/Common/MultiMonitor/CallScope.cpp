@@ -27,13 +27,14 @@ CallScope::~CallScope() {
   --g_openScopes;
 }
 
-void RetireMonitor(IMMonitor* monitor) {
-  if (monitor == nullptr) return;
+void RetireMonitor(IMMonitor* monitor) noexcept {
   if (g_openScopes == 0) {
     delete monitor;
-  } else {
-    g_retired.Add(monitor);
+    return;
   }
+  // Without memory to note it the object never ends: that is the lesser evil while somebody may
+  // still be using it.
+  static_cast<void>(g_retired.Add(monitor));
 }
 
 void DeleteRetiredMonitors() {

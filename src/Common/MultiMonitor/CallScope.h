@@ -17,7 +17,7 @@ class CallScope {
 };
 
 /// Takes ownership of `monitor` (null is allowed) and deletes it as soon as no CallScope is open.
-void RetireMonitor(IMMonitor* monitor);
+void RetireMonitor(IMMonitor* monitor) noexcept;
 
 /// For the end of a side, whose own scope holds no object any longer: deletes what was retired now
 /// unless a further scope is open, so that the objects are gone before what they were built on

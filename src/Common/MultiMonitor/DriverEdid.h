@@ -22,6 +22,9 @@ class DriverEdid {
   /// The driver has handed something out.
   bool IsReadable() const { return readable_; }
 
+  /// What was handed out: `cb` bytes at `pv`, good as long as this is.
+  const EdidBlob& blob() const { return blob_; }
+
   /// The record of what was handed out; not valid when that is nothing or too short.
   /// @throws invalid_edid_header, invalid_edid_checksum
   EDID Load() const {

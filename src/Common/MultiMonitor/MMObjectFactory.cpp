@@ -2,6 +2,7 @@
 
 #include <ios>
 #include <memory>
+#include <new>
 
 #include "Common/Config.h"
 #include "Common/Logging.h"
@@ -27,8 +28,9 @@ void MMObjectFactory::ReplaceInstance(IMMonitor* object) {
 }
 
 IMMonitor* MMObjectFactory::RememberUnsaved(IMMonitor* object) {
-  m_unsaved.Add(object);
-  return object;
+  if (m_unsaved.Add(object)) return object;
+  delete object;  // new: nobody has seen it yet
+  throw std::bad_alloc();
 }
 
 void MMObjectFactory::DeleteObjects() {
@@ -39,7 +41,7 @@ void MMObjectFactory::DeleteObjects() {
 
 IMMonitor* MMObjectFactory::Choose() {
   // The configuration may settle it.
-  if (IMMonitor* preferred = UsePreferredWin7CCD()) return preferred;
+  if (PrefersWin7CCD()) return UsePreferredWin7CCD();
 
   // Deliberate: the adapters present are enumerated anew at every call, so that one that has been
   // disabled counts from then on.
@@ -63,15 +65,18 @@ IMMonitor* MMObjectFactory::Choose() {
   return RememberUnsaved(new NullMonitorController());
 }
 
-// Null: the operating system's own interface is not preferred.
+bool MMObjectFactory::PrefersWin7CCD() {
+  return IsWindows7OrLater() && PreferWindows7CCDAPI() != 0;
+}
+
+// The operating system's own interface, whatever the adapters are.
 IMMonitor* MMObjectFactory::UsePreferredWin7CCD() {
-  if (!IsWindows7OrLater() || PreferWindows7CCDAPI() == 0) return nullptr;
   if (m_instance != nullptr && m_activeVendor == kVendorWin7CCD) return m_instance;
   // Deliberate: an object that is there already is overwritten, not deleted; and no vendor change
   // is looked for any more.
-  IMMonitor* const preferred = CreateWin7CCDObject();
-  RememberUnsaved(m_instance);
-  m_instance = preferred;
+  std::unique_ptr<IMMonitor> preferred(CreateWin7CCDObject());
+  if (!m_unsaved.Add(m_instance)) throw std::bad_alloc();
+  m_instance = preferred.release();
   m_activeVendor = static_cast<uint16_t>(kVendorWin7CCD);
   m_ccdPreferred = 1;
   return m_instance;
@@ -99,20 +104,26 @@ IMMonitor* MMObjectFactory::UseHybridController(ProbeObjects* probe) {
   DCHECK(nv != NULL)
       << "SupportNvidiaCrossAdapter() must guarantee |nv| is valid when returns true";
   probe->DropNv();
-  IMMonitor* const cross_adapter = CreateNvidiaCrossAdapterObject();
-
-  IMMonitor* first = nullptr;
-  if (ShouldUseDisplayLinkWorkaround(kVendorIntel)) {
-    probe->DropIntel();
-    first = CreateIMMonitorByVendor(kVendorIntel);
-    if (first != nullptr) first->Initial();
-  } else {
-    first = probe->TakeIntel();
-  }
-  m_instance = NewHybridController(first, cross_adapter);
+  std::unique_ptr<IMMonitor> cross_adapter(CreateNvidiaCrossAdapterObject());
+  IMMonitor* const first = FirstOfTwoAdapters(probe);
+  m_instance = NewHybridController(first, cross_adapter.release());
   DCHECK(m_instance);
+  // Deliberate: m_factoryVendor stays as it is, so that the controller of two adapters counts as
+  // the object of whatever vendor was chosen last.
   m_activeVendor = static_cast<uint16_t>(kVendorHybrid);
   return m_instance;
+}
+
+// The controller's Intel side, which belongs to the caller.
+IMMonitor* MMObjectFactory::FirstOfTwoAdapters(ProbeObjects* probe) {
+  if (!ShouldUseDisplayLinkWorkaround(kVendorIntel)) return probe->TakeIntel();
+  probe->DropIntel();
+  CreateIMMonitorByVendor(kVendorIntel);
+  if (m_instance != nullptr) m_instance->Initial();
+  // It has been the active object for as long as the controller was not there, no longer.
+  IMMonitor* const first = m_instance;
+  m_instance = nullptr;
+  return first;
 }
 
 // One adapter. The cross-adapter question is not asked with one adapter, so that nothing has been
@@ -164,6 +175,8 @@ IMMonitor* MMObjectFactory::NvidiaObjectToProbe() {
 }
 
 // The Intel object is chosen.
+// Deliberate: after a vendor change the object that is there may be another vendor's; it counts as
+// Intel's and stays.
 IMMonitor* MMObjectFactory::UseIntel(ProbeObjects* probe) {
   probe->DropNv();
   if (m_instance == nullptr || m_factoryVendor != kVendorIntel) {
@@ -187,6 +200,7 @@ IMMonitor* MMObjectFactory::UseIntel(ProbeObjects* probe) {
 // The NVIDIA object is chosen.
 IMMonitor* MMObjectFactory::UseNvidia(ProbeObjects* probe) {
   IMMonitor* const nv = probe->nv;
+  // Deliberate: checked also where the active object stays and none is needed.
   DCHECK(nv != NULL);
   if (m_instance == nullptr || m_factoryVendor != kVendorNvidia) {
     ReplaceInstance(nv != nullptr ? probe->TakeNv() : CreateNvidiaV3Object());
@@ -197,6 +211,7 @@ IMMonitor* MMObjectFactory::UseNvidia(ProbeObjects* probe) {
 }
 
 // Two adapters, one of them AMD's.
+// Deliberate: whether the library qualifies is not asked here, and one is started at every call.
 IMMonitor* MMObjectFactory::UseAmdOrIntel(ProbeObjects* probe) {
   std::unique_ptr<IMMonitor> adl(NewADLImpl());
   if (adl == nullptr || adl->Initial() == 0) {
@@ -233,7 +248,6 @@ void OnActiveDisplayAdapterVendorChanged() {
   if (MMObjectFactory::m_ccdPreferred != 0 || active >= kVendorHybrid) return;
   const uint16_t vendor = static_cast<uint16_t>(GetActiveVendorId());
   VLOG(1) << "OnActiveDisplayAdapterVendorChanged()\n"
-          << "\t Original vendor id: " << std::hex << active << "\n"
-          << "\t New vendor id     : " << vendor;
+          << "\t Original vendor id: " << std::hex << active << "\t New vendor id     : " << vendor;
   if (vendor != active) SwitchToVendor(vendor);
 }

@@ -47,16 +47,7 @@ const VendorMaker* FindMaker(const VendorMaker (&makers)[kRows], uint32_t vendor
   return nullptr;
 }
 
-/// @return false when construction threw; `object` is then as it was
-bool MakeLogged(const VendorMaker& maker, IMMonitor** object) {
-  try {
-    *object = maker.make();
-    return true;
-  } catch (...) {
-    LOG(ERROR) << "Exception occurred while creating IMMonitor object";
-    return false;
-  }
-}
+constexpr char kMakerThrew[] = "Exception occurred while creating IMMonitor object";
 
 }  // namespace
 
@@ -86,7 +77,7 @@ IMMonitor* CreateAMDObject() {
 
 Win7CCD* CreateWin7CCDObject() {
   if (IsDisplayLinkServicePresent()) return NewDisplayLinkWorkaroundImpl();
-  return new Win7CCD(boost::shared_ptr<Win7CCDApi>(new Win7CCDApi()));
+  return NewWin7CCD();
 }
 
 IMMonitor* CreateIMMonitorByVendor(uint32_t vendor) {
@@ -96,20 +87,27 @@ IMMonitor* CreateIMMonitorByVendor(uint32_t vendor) {
     return nullptr;
   }
   IMMonitor* object = nullptr;
-  if (!MakeLogged(*maker, &object)) return nullptr;
+  try {
+    object = maker->make();
+  } catch (...) {
+    // Deliberate: the active object stays; memory that ran out for the object itself gives null
+    // without an exception, and that is stored.
+    LOG(ERROR) << kMakerThrew;
+    return nullptr;
+  }
   MMObjectFactory::ReplaceInstance(object);
   return object;
 }
 
 IMMonitor* CreateIMMonitorForActiveVendor() {
-  const VendorMaker* const maker = FindMaker(kActiveVendorMakers, GetActiveVendorId());
-  if (maker == nullptr) {
+  try {
+    const VendorMaker* const maker = FindMaker(kActiveVendorMakers, GetActiveVendorId());
+    if (maker != nullptr) return maker->make();
     DCHECK(false) << "Non-supported vendor id";
-    return nullptr;
+  } catch (...) {
+    LOG(ERROR) << kMakerThrew;
   }
-  IMMonitor* object = nullptr;
-  MakeLogged(*maker, &object);
-  return object;
+  return nullptr;
 }
 
 IDisplayExtension* CreateDisplayExtensionByVendor(uint32_t vendor) {
@@ -135,6 +133,8 @@ IDisplayExtension* GetDisplayExtension() {
     LOG(ERROR) << "Can't create IDisplayExtension object: " << exception.what();
     const uint32_t vendor = GetActiveVendorId();
     if (vendor != kVendorHybrid) extension = CreateDisplayExtensionByVendor(vendor);
+    // Its first reference is nobody's: it ends with the library's sides.
+    MMObjectFactory::RememberUnsaved(dynamic_cast<IMMonitor*>(extension));
   }
   return extension != nullptr ? extension : new NullDisplayExtension();
 }

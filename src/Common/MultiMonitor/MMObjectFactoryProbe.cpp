@@ -13,24 +13,21 @@
 
 namespace {
 
-/// A new object that is initialised; null when it cannot be. What is thrown is logged behind
-/// `failure`.
-IMMonitor* NewInitialised(IMMonitor* (*make)(), const char* failure) {
+/// Makes an object in `place` and initialises it. One that cannot be initialised is deleted, one
+/// that throws on the way stays; what is thrown is logged behind `failure`.
+bool MakeInitialised(IMMonitor* (*make)(), const char* failure, IMMonitor** place) {
   try {
-    std::unique_ptr<IMMonitor> object(make());
-    if (object == nullptr || object->Initial() == 0) return nullptr;
-    return object.release();
+    *place = make();
+    if (*place == nullptr) return false;
+    if ((*place)->Initial() != 0) return true;
+    delete *place;
+    *place = nullptr;
   } catch (const std::exception& exception) {
     LOG(ERROR) << failure << exception.what();
   } catch (...) {
     LOG(ERROR) << failure;
   }
-  return nullptr;
-}
-
-bool HasTwoActiveAdapters() {
-  const std::unique_ptr<Win7CCD> ccd(CreateWin7CCDObject());
-  return ccd != nullptr && ccd->Initial() != 0 && ccd->HasMultipleDisplayAdapter() != 0;
+  return false;
 }
 
 bool IsCrossAdapterCapable(IMMonitor* nv) {
@@ -41,6 +38,8 @@ bool IsCrossAdapterCapable(IMMonitor* nv) {
 // NVIDIA's adapter has the panel to itself: what counts then is whether it drives more than that.
 uint32_t ActiveVendorOfDiscreteNvidia(IMMonitor* nv) {
   if (win_util::GetWinVersion() > win_util::WINVERSION_VISTA) {
+    // Deliberate: a server counts as later than Vista without having the functions, and what
+    // Initial throws there is caught by nobody on the way to the export.
     const std::unique_ptr<Win7CCD> ccd(CreateWin7CCDObject());
     if (ccd != nullptr && ccd->Initial() != 0) {
       return ccd->HasMultipleDisplayAdapter() ? kVendorNvidia : kVendorIntel;
@@ -102,16 +101,20 @@ bool NvidiaLeadsByAdapterMode(IMMonitor* nv) {
 bool SupportNvidiaCrossAdapter(IMMonitor** intel, IMMonitor** nv) {
   if (!IsWindows7OrLater()) return false;
 
-  *intel = NewInitialised(NewIntelMMImpl, "Exception occurred while creating IntelMMImpl object: ");
-  if (*intel == nullptr) return false;
+  if (!MakeInitialised(NewIntelMMImpl,
+                       "Exception occurred while creating IntelMMImpl object: ", intel)) {
+    return false;
+  }
   // Intel owns the HDMI connector: nothing is to be placed across adapters.
   if (CanControlHDMIMonitor(*intel)) return false;
 
-  *nv = NewInitialised(CreateNvidiaObject,
-                       "Exception occurred while creating NvidiaMMImplV3 object: ");
-  if (*nv == nullptr) return false;
+  if (!MakeInitialised(CreateNvidiaObject,
+                       "Exception occurred while creating NvidiaMMImplV3 object: ", nv)) {
+    return false;
+  }
 
-  if (HasTwoActiveAdapters()) return true;
+  const std::unique_ptr<Win7CCD> ccd(CreateWin7CCDObject());
+  if (ccd != nullptr && ccd->Initial() != 0 && ccd->HasMultipleDisplayAdapter() != 0) return true;
   if (!IsDiscreteOnly(*nv)) return false;
   (*nv)->DetectDisplays();
   return IsCrossAdapterCapable(*nv);

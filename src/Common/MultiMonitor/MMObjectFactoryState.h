@@ -42,6 +42,7 @@ class MMObjectFactory {
   static void ReplaceInstance(IMMonitor* object);
 
   /// Keeps an object that has no place until both sides of the library have ended.
+  /// @throws std::bad_alloc when it cannot be kept; the object then is deleted
   static IMMonitor* RememberUnsaved(IMMonitor* object);
 
   /// Ends everything that the factory owns.
@@ -49,6 +50,7 @@ class MMObjectFactory {
 
  private:
   // The decision's branches, one each, in the order in which they are tried.
+  static bool PrefersWin7CCD();
   static IMMonitor* UsePreferredWin7CCD();
   static IMMonitor* UseObjectWithoutVendor();
   static IMMonitor* UseHybridController(ProbeObjects* probe);
@@ -61,6 +63,7 @@ class MMObjectFactory {
   static IMMonitor* UseNvidia(ProbeObjects* probe);
   static void ProbeNvidia(ProbeObjects* probe);
   static IMMonitor* NvidiaObjectToProbe();
+  static IMMonitor* FirstOfTwoAdapters(ProbeObjects* probe);
 };
 
 /// The adapters' vendors after both filters.

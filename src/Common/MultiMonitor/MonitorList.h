@@ -2,6 +2,8 @@
 // initialisation.
 #pragma once
 
+#include <new>
+
 #include "Common/MultiMonitor/IMMonitor.h"
 
 struct MonitorList {
@@ -12,8 +14,13 @@ struct MonitorList {
   Node* first;
 
   /// Takes ownership of `monitor`; null is allowed and adds nothing.
-  void Add(IMMonitor* monitor) {
-    if (monitor != nullptr) first = new Node{monitor, first};
+  /// @return false without memory; `monitor` then is the caller's still
+  bool Add(IMMonitor* monitor) noexcept {
+    if (monitor == nullptr) return true;
+    Node* const node = new (std::nothrow) Node{monitor, first};
+    if (node == nullptr) return false;
+    first = node;
+    return true;
   }
 
   /// Gives ownership of the object added last to the caller; null when the list is empty.

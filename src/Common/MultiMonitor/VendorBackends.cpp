@@ -1,35 +1,40 @@
 #include "Common/MultiMonitor/VendorBackends.h"
 
+#include <memory>
+#include <new>
+
 #include "Common/MultiMonitor/Amd/ADLImpl.h"
 #include "Common/MultiMonitor/Amd/AdlSelection.h"
 #include "Common/MultiMonitor/Amd/AtiMMImpl.h"
 #include "Common/MultiMonitor/Hybrid/HybridController.h"
 #include "Common/MultiMonitor/Intel/IntelMMImpl.h"
 #include "Common/MultiMonitor/Nvidia/NvApi.h"
+#include "Common/MultiMonitor/Nvidia/NvidiaMMImpl.h"
 #include "Common/MultiMonitor/Nvidia/NvidiaMMImplV3CrossAdapter.h"
 #include "Common/MultiMonitor/PhysicalMonitorByDisplayLibrary.h"
+#include "Common/MultiMonitor/Win7CCD.h"
 
-IMMonitor* NewIntelMMImpl() { return new IntelMMImpl(); }
+IMMonitor* NewIntelMMImpl() { return new (std::nothrow) IntelMMImpl(); }
 bool CanControlHDMIMonitor(IMMonitor* intel) {
   auto* const object = dynamic_cast<IntelMMImpl*>(intel);
   return object != nullptr && object->CanControlHDMIMonitor();
 }
 
-IMMonitor* NewADLImpl() { return new ADLImpl(); }
-IMMonitor* NewAtiMMImpl() { return new AtiMMImpl(); }
+IMMonitor* NewADLImpl() { return new (std::nothrow) ADLImpl(); }
+IMMonitor* NewAtiMMImpl() { return new (std::nothrow) AtiMMImpl(); }
 bool AdlLibraryQualifies() { return IsAdlAcceptable(); }
 
 // No SiS and no VIA back-end yet: a machine that needs one has none.
 IMMonitor* NewSisMMImpl() { return nullptr; }
 IMMonitor* NewViaMMImpl() { return nullptr; }
 
-// The control-panel library's back-end does not exist yet: a machine that needs it has none.
-IMMonitor* NewNvidiaMMImpl() { return nullptr; }
-
-IMMonitor* NewNvidiaMMImplV2() { return new NvidiaMMImplV2(); }
-IMMonitor* NewNvidiaMMImplV3() { return new NvidiaMMImplV3(new Win7CCDApi()); }
+IMMonitor* NewNvidiaMMImpl() { return new (std::nothrow) NvidiaMMImpl(); }
+IMMonitor* NewNvidiaMMImplV2() { return new (std::nothrow) NvidiaMMImplV2(); }
+IMMonitor* NewNvidiaMMImplV3() {
+  return new (std::nothrow) NvidiaMMImplV3(std::make_unique<Win7CCDApi>());
+}
 IMMonitor* NewNvidiaMMImplV3CrossAdapter() {
-  return new NvidiaMMImplV3CrossAdapter(new Win7CCDApi());
+  return new (std::nothrow) NvidiaMMImplV3CrossAdapter(std::make_unique<Win7CCDApi>());
 }
 IMMonitor* AsNvidiaMMImplV3(IMMonitor* monitor) { return dynamic_cast<NvidiaMMImplV3*>(monitor); }
 bool CouldManageMultipleDisplay(IMMonitor* nv) {
@@ -44,8 +49,13 @@ bool QueryNvidiaAdapterMode(IMMonitor* /*nv*/, uint32_t* value) {
 }
 
 IMMonitor* NewHybridController(IMMonitor* first, IMMonitor* cross_adapter) {
-  return new HybridController(first, cross_adapter);
+  std::unique_ptr<IMMonitor> owned_first(first);
+  std::unique_ptr<IMMonitor> owned_cross_adapter(cross_adapter);
+  // The two are let go of only when there is memory for the controller, which then has them.
+  return new (std::nothrow) HybridController(owned_first.release(), owned_cross_adapter.release());
 }
+
+Win7CCD* NewWin7CCD() { return new Win7CCD(boost::shared_ptr<Win7CCDApi>(new Win7CCDApi())); }
 
 // No DisplayLink support yet: its service counts as absent, so that nothing below is asked for.
 bool IsDisplayLinkServicePresent() { return false; }

@@ -2,7 +2,8 @@
 // the factory asks of them. A back-end that does not exist yet answers as an object that is absent:
 // null, or no.
 //
-// New objects belong to the caller and are not initialised. Constructors may throw.
+// New objects belong to the caller and are not initialised. They are null when there is no memory
+// for the object itself; what its constructor throws passes through.
 #pragma once
 
 #include <cstdint>
@@ -21,12 +22,13 @@ IMMonitor* NewNvidiaMMImpl();
 IMMonitor* NewNvidiaMMImplV2();
 IMMonitor* NewNvidiaMMImplV3();              // over a new Win7CCDApi
 IMMonitor* NewNvidiaMMImplV3CrossAdapter();  // over a new Win7CCDApi, its cross-adapter mark set
+Win7CCD* NewWin7CCD();                       // over a new Win7CCDApi; throws without memory
 Win7CCD* NewDisplayLinkWorkaroundImpl();
 
 /// Reads the native size from the EDID that the graphics vendor's library gives.
 IPhysicalMonitor* NewPhysicalMonitorByDisplayLibrary();
 
-/// Arbitrates two adapters. Takes ownership of both objects, also when it gives null.
+/// Arbitrates two adapters. Takes ownership of both objects, also when it gives null or throws.
 IMMonitor* NewHybridController(IMMonitor* first, IMMonitor* cross_adapter);
 
 /// `monitor` itself when it is an NvidiaMMImplV3, otherwise null.

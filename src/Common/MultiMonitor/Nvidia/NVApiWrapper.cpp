@@ -8,7 +8,7 @@ NVApiWrapper::~NVApiWrapper() { NvApi::Get().RemoveUser(); }
 
 bool NVApiWrapper::Initialize() {
   NvApi& api = NvApi::Get();
-  if (!api.EnsureBound()) return false;
+  api.EnsureBound();  // without the library both functions below answer as absent ones
   const NvAPI_Status status = api.Initialize();
   NvAPI_ShortString version = {};
   api.GetInterfaceVersionString(version);

@@ -32,6 +32,10 @@ BOOL NvApi::Load(const char* file_name) {
   if (module_ != nullptr) FreeLibrary(module_);
   module_ = file_name != nullptr ? LoadLibraryA(file_name) : nullptr;
   const QueryInterface query = module_ != nullptr ? FindQueryInterface(module_) : nullptr;
+  if (query == nullptr && module_ != nullptr) {
+    FreeLibrary(module_);
+    module_ = nullptr;
+  }
 
   struct Row {
     uint32_t id;

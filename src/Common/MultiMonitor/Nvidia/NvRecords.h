@@ -8,7 +8,6 @@
 
 using NvAPI_Status = int32_t;
 constexpr NvAPI_Status NVAPI_OK = 0;
-constexpr NvAPI_Status NVAPI_LIBRARY_NOT_FOUND = -2;
 constexpr NvAPI_Status NVAPI_NO_IMPLEMENTATION = -3;
 
 struct NvPhysicalGpu;
@@ -49,7 +48,9 @@ struct NV_DISPLAY_PATH {
   uint32_t posy;
   uint32_t bGDIPrimary;  // bit 0; further bits stay clear
 };
-static_assert(sizeof(NV_DISPLAY_PATH) == 64 && offsetof(NV_DISPLAY_PATH, refreshRate) == 40 &&
+static_assert(sizeof(NV_DISPLAY_PATH) == 64 && offsetof(NV_DISPLAY_PATH, bPrimary) == 8 &&
+              offsetof(NV_DISPLAY_PATH, width) == 16 &&
+              offsetof(NV_DISPLAY_PATH, refreshRate) == 40 &&
               offsetof(NV_DISPLAY_PATH, posx) == 52 &&
               offsetof(NV_DISPLAY_PATH, bGDIPrimary) == 60);
 
@@ -146,7 +147,10 @@ struct NvDisplaySettings {
   uint32_t refresh_rate;
   uint32_t reserved_100[27];
 };
-static_assert(sizeof(NvDisplaySettings) == 208 && offsetof(NvDisplaySettings, width) == 20 &&
+static_assert(sizeof(NvDisplaySettings) == 208 &&
+              offsetof(NvDisplaySettings, connector_type) == 8 &&
+              offsetof(NvDisplaySettings, width) == 20 &&
+              offsetof(NvDisplaySettings, bits_per_pixel) == 28 &&
               offsetof(NvDisplaySettings, rotation) == 32 &&
               offsetof(NvDisplaySettings, refresh_rate) == 96);
 constexpr uint32_t kNvDisplaySettingsVersion = NvVersionWord<NvDisplaySettings>(4);
@@ -157,7 +161,7 @@ struct NvHdmiSupport {
   uint32_t flags;  // bit 7: the monitor is HDMI
   uint32_t revision;
 };
-static_assert(sizeof(NvHdmiSupport) == 12);
+static_assert(sizeof(NvHdmiSupport) == 12 && offsetof(NvHdmiSupport, flags) == 4);
 constexpr uint32_t kNvHdmiSupportVersion = NvVersionWord<NvHdmiSupport>(1);
 static_assert(kNvHdmiSupportVersion == 0x1000C);
 
@@ -172,7 +176,8 @@ struct NvTopologyItem {
   uint32_t id;
   uint32_t reserved_16[7];
 };
-static_assert(sizeof(NvTopologyItem) == 44 && offsetof(NvTopologyItem, id) == 12);
+static_assert(sizeof(NvTopologyItem) == 44 && offsetof(NvTopologyItem, flags) == 4 &&
+              offsetof(NvTopologyItem, id) == 12);
 constexpr uint32_t kNvTopologyItemVersion = NvVersionWord<NvTopologyItem>(1);
 static_assert(kNvTopologyItemVersion == 0x1002C);
 

@@ -34,6 +34,22 @@ constexpr ConnectorDisplay kConnectorDisplays[] = {
     {101, DisplayNumbers::MD_DP},
 };
 
+// The way back, which knows one type for each display.
+struct DisplayConnector {
+  uint32_t display;
+  uint32_t connector_type;
+  uint32_t with_embedded_display_port;
+};
+
+constexpr DisplayConnector kDisplayConnectors[] = {
+    {DisplayNumbers::MD_NB, 64, 71},
+    {DisplayNumbers::MD_CRT, 0, 0},
+    {DisplayNumbers::MD_DVI, 49, 49},
+    // Deliberate: of the types that read as HDMI this one only.
+    {DisplayNumbers::MD_HDMI, 97, 97},
+    {DisplayNumbers::MD_DP, 70, 70},
+};
+
 }  // namespace
 
 uint32_t ConnectorToDisplay(uint32_t connector_type) {
@@ -41,4 +57,12 @@ uint32_t ConnectorToDisplay(uint32_t connector_type) {
     if (row.connector_type == connector_type) return row.display;
   }
   return 0;
+}
+
+uint32_t ConnectorOfDisplay(uint32_t imm_display, bool embedded_display_port) {
+  for (const DisplayConnector& row : kDisplayConnectors) {
+    if (row.display != imm_display) continue;
+    return embedded_display_port ? row.with_embedded_display_port : row.connector_type;
+  }
+  return kUnknownConnector;
 }

@@ -13,3 +13,8 @@ constexpr uint32_t kUnknownConnector = 0xFFFFFFFF;
 
 /// The display flag of a connector type; 0 for a type without one.
 uint32_t ConnectorToDisplay(uint32_t connector_type);
+
+/// The connector type that a display is looked up by; kUnknownConnector for a display without one,
+/// and for none or several.
+/// @param embedded_display_port  the panel hangs on an internal DisplayPort
+uint32_t ConnectorOfDisplay(uint32_t imm_display, bool embedded_display_port);

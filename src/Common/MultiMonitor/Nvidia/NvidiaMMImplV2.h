@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 
 #include "Common/MultiMonitor/IDisplayExtension.h"
 #include "Common/MultiMonitor/MultiMonitor.h"
@@ -71,6 +70,10 @@ class NvidiaMMImplV2 : public MultiMonitor, public IDisplayExtensionNvidia {
   /// Whether this GPU can drive an external display beside the panel on its own.
   bool CouldManageMultipleDisplay();
 
+  /// Lists the driver's GPUs anew; a list that cannot be read leaves the one that stands.
+  /// @return true for a list of at least one GPU
+  bool RefreshGpus();
+
  protected:
   /// The output mask behind the first connector of the display's type; 0 when there is none.
   /// @param display  exactly one bit
@@ -82,18 +85,26 @@ class NvidiaMMImplV2 : public MultiMonitor, public IDisplayExtensionNvidia {
   uint32_t DisplayToConnector(uint32_t imm_display) const;
   /// Remembers each output under its display flag. A zero mask leaves the outputs as they are.
   void NvMaskToDisplays(uint32_t nv_mask, uint32_t* imm_displays, uint32_t* display_count);
+  /// Learns the connector types of the current GPU, listing the GPUs first where none is known.
+  void RecognizeConnectors();
   /// The GPU that reported connected outputs last; null when there is none.
   NvPhysicalGpuHandle CurrentGpu() const { return m_gpus[m_currentGpu]; }
 
   NVApiWrapper* m_nvProxy = nullptr;  // owned; there while NVAPI is up
 
  private:
-  bool RefreshGpus();
-  void RecognizeConnectors();
-  bool ReadConnectorTypes(NvPhysicalGpuHandle gpu, std::map<uint32_t, uint32_t>* types);
-  uint32_t CachedMaskOfDisplays(uint32_t displays) const;
+  /// A GPU of the list; null behind its end.
+  NvPhysicalGpuHandle GpuAt(uint32_t index) const {
+    return index < m_gpuCount ? m_gpus[index] : nullptr;
+  }
+  void DropNvProxy();
+  /// The first output of a connected GPU that an extended desktop goes to.
   uint32_t DefaultExtendOutput() const;
-  BOOL DisableExtendMode();
+  /// The output mask that a display was met with; 0 when it was not.
+  /// @param display  exactly one bit
+  uint32_t CachedMaskOfDisplay(uint32_t display) const;
+  uint32_t CachedMaskOfDisplays(uint32_t displays) const;
+  /// @param refresh_outputs  read the connected displays before the display's output is looked up
   bool ReadEdid(uint32_t display, bool refresh_outputs, EdidBlob* edid);
 
   uint32_t m_gpuCount = 0;
@@ -101,9 +112,8 @@ class NvidiaMMImplV2 : public MultiMonitor, public IDisplayExtensionNvidia {
   uint32_t m_currentGpu = 0;
   std::map<uint32_t, uint32_t> m_idCached;        // display flag to output mask
   std::map<uint32_t, uint32_t> m_connectorTypes;  // output mask to connector type
-  bool m_initialised = false;
-  bool m_hasEmbeddedDisplayPort = false;  // the panel hangs on an internal DisplayPort
-  LONG m_references = 1;                  // the owner's
+  bool m_hasEmbeddedDisplayPort = false;          // the panel hangs on an internal DisplayPort
+  LONG m_references = 1;                          // the owner's
 };
 
 /// Gives the first display handle, 0 when there is none. Handles are good until a mode is set.
