@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Common/Win.h"
+#include "sim/Failure.h"
 #include "sim/faces/AmdDriverRules.h"
 #include "sim/faces/FaceHelp.h"
 
@@ -50,10 +51,12 @@ std::vector<AdlAdapter> ListedAdlAdapters(const Model& model);
 /// no records. It stands in the ledger until the library frees it.
 void* NewAdlArray(size_t count, size_t record_size);
 
-/// Hands the array and its length out where all of it could be had.
+/// Hands the array and its length out where all of it could be had. A pointer that is not null
+/// before the call is an array that nobody gave back, or was never set: the test fails.
 template <typename Record>
 int32_t GiveAdlArray(size_t count, size_t record_size, int* count_out, Record** array_out,
                      AmdRecord* written) {
+  if (*array_out != nullptr) ReportFailure("ADL is given an array pointer that is not null");
   void* const array = NewAdlArray(count, record_size);
   if (array == nullptr && count != 0) return kAdlError;
   *count_out = static_cast<int>(count);

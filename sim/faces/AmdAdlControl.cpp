@@ -22,16 +22,19 @@ constexpr char kBuffer[] = "ADL buffer";
 Machine::State& State() { return Machine::Current().state(); }
 const void* SessionKey() { return &State(); }
 
+bool SessionIsHeld() {
+  return State().ledger.Holds(kSession, reinterpret_cast<uint64_t>(SessionKey()));
+}
+
 void EndSession() {
   State().counters.erase(kRunning);
-  if (State().ledger.Holds(kSession, reinterpret_cast<uint64_t>(SessionKey()))) {
-    LedgerGive(kSession, SessionKey());
-  }
+  if (SessionIsHeld()) LedgerGive(kSession, SessionKey());
 }
 
 // --- The session.
 
-// A second start while one is running is none of its own: one end ends both.
+// A second start while one is running is none of its own: one end ends both. Where an end was
+// refused before, the start is to be ended like a first one.
 int WINAPI MainControlCreate(AdlAllocate callback, int present_only) {
   Call call("ADL_Main_Control_Create");
   int32_t result = kAdlOk;
@@ -42,7 +45,7 @@ int WINAPI MainControlCreate(AdlAllocate callback, int present_only) {
   } else if (present_only != 0 && present_only != 1) {
     result = kAdlInvalidParameter;
   } else {
-    if (State().counters[kRunning] == 0) LedgerTake(kSession, SessionKey());
+    if (!SessionIsHeld()) LedgerTake(kSession, SessionKey());
     State().counters[kRunning] = 1;
     State().counters[kCallback] = reinterpret_cast<uint64_t>(callback);
     State().counters[kPresentOnly] = static_cast<uint64_t>(present_only);

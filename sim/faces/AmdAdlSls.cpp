@@ -12,7 +12,8 @@ namespace sim {
 namespace {
 
 constexpr int32_t kFirstMapIndex = 3;  // none of the other numbers
-constexpr int32_t kLastOption = 2;     // 0 is not published and taken all the same
+constexpr int32_t kFirstOption = 1;
+constexpr int32_t kLastOption = 2;
 
 // --- Which map the targets make.
 
@@ -139,7 +140,8 @@ int WINAPI SlsMapConfigGet(int index, int map_index, void* map, int* target_coun
   const bool complete = std::all_of(std::begin(outputs), std::end(outputs),
                                     [](const void* output) { return output != nullptr; });
   if (result == kAdlOk && !complete) result = kAdlNullPointer;
-  if (result == kAdlOk && (option < 0 || option > kLastOption)) result = kAdlInvalidParameter;
+  const bool known = option >= kFirstOption && option <= kLastOption;
+  if (result == kAdlOk && !known) result = kAdlInvalidParameter;
   const Model& model = CurrentModel();
   const std::vector<AmdSlsMap>& maps = model.adapters[adapter.gpu].amd.sls_maps;
   const auto place = static_cast<size_t>(int64_t{map_index} - kFirstMapIndex);
@@ -168,6 +170,7 @@ int WINAPI SlsMapConfigGet(int index, int map_index, void* map, int* target_coun
 
 constexpr char kGridCaps[] = "ADL_Display_SLSGrid_Caps";
 
+// Option 0 is not published and taken all the same.
 int WINAPI SlsGridCaps(int index, int* count, void** grids, int option) {
   Call call(kGridCaps);
   AdlAdapter adapter;

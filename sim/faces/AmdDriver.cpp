@@ -27,13 +27,15 @@ constexpr const char* kAnswers[] = {
     "GetConnectedDisplays",
 };
 
+// The first working adapter of AMD's whose driver brought a library; null without one.
 template <typename Wanted>
-bool AnyDriver(const Model& model, Wanted wanted) {
-  return std::any_of(model.adapters.begin(), model.adapters.end(),
-                     [&wanted](const Adapter& adapter) {
-                       return IsAmdAdapter(adapter) && AdapterWorks(adapter) &&
-                              adapter.vendor_library && wanted(adapter.amd);
-                     });
+const Adapter* FindDriver(const Model& model, Wanted wanted) {
+  const auto found =
+      std::find_if(model.adapters.begin(), model.adapters.end(), [&wanted](const Adapter& adapter) {
+        return IsAmdAdapter(adapter) && AdapterWorks(adapter) && adapter.vendor_library &&
+               wanted(adapter.amd);
+      });
+  return found != model.adapters.end() ? &*found : nullptr;
 }
 
 bool Has(const std::vector<Entry>& entries, const std::string& name) {
@@ -65,12 +67,15 @@ void Bring(Machine::State& state, const char* file, bool present, const std::vec
 
 }  // namespace
 
-bool HasAdlLibrary(const Model& model) {
-  return AnyDriver(model, [](const AmdDriver& driver) { return driver.adl_library; });
+const Adapter* AdlLibraryAdapter(const Model& model) {
+  return FindDriver(model, [](const AmdDriver& driver) { return driver.adl_library; });
 }
 
+bool HasAdlLibrary(const Model& model) { return AdlLibraryAdapter(model) != nullptr; }
+
 bool HasAmdLegacyLibrary(const Model& model) {
-  return AnyDriver(model, [](const AmdDriver& driver) { return driver.legacy_library; });
+  return FindDriver(model, [](const AmdDriver& driver) { return driver.legacy_library; }) !=
+         nullptr;
 }
 
 void BringAmdLibraries(Machine::State& state) {

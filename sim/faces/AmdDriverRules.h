@@ -52,6 +52,8 @@ class AmdRecord {
 // --- Devices (AmdDevices.cpp).
 
 bool IsAmdAdapter(const Adapter& adapter);  // by its hardware id
+/// The adapter whose driver brought atiadlxx.dll; null without one.
+const Adapter* AdlLibraryAdapter(const Model& model);
 
 /// One of ADL's adapters: a display device of an AMD adapter.
 struct AdlAdapter {

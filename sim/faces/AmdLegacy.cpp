@@ -1,8 +1,6 @@
 // The exports of the simulated AtiPdl64.dll.
 #include "sim/faces/AmdLegacy.h"
 
-#include <algorithm>
-
 #include "sim/Failure.h"
 #include "sim/Topology.h"
 #include "sim/faces/FaceHelp.h"
@@ -35,7 +33,7 @@ uint32_t WINAPI GetCapabilities(uint32_t adapter, uint32_t* first, uint32_t* sec
     result = kLegacyBadArgument;
   }
   if (result == kLegacySuccess) {
-    *first = AmdAnswerOr("GetCapabilities first", std::min(2U, HeadCount(model.adapters[gpu])));
+    *first = AmdAnswerOr("GetCapabilities first", HeadCount(model.adapters[gpu]));
     uint32_t vector = 0;
     for (const size_t display : LegacyDisplays(model, gpu)) vector |= LegacyVector(model, display);
     *second = AmdAnswerOr("GetCapabilities second", vector);

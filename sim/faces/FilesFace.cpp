@@ -48,7 +48,7 @@ BOOL WINAPI FakePathFileExistsA(LPCSTR path) {
   return static_cast<BOOL>(call.Read(answer, "%s", text.c_str()));
 }
 
-BOOL WINAPI FakeSHGetSpecialFolderPathA(HWND, LPSTR path, int folder, BOOL) {
+BOOL WINAPI FakeSHGetSpecialFolderPathA(HWND window, LPSTR path, int folder, BOOL create) {
   constexpr int kFolderBits = 0xFF;  // the rest are flags
   Call call("SHGetSpecialFolderPathA");
   if (path == nullptr) return FALSE;
@@ -56,7 +56,8 @@ BOOL WINAPI FakeSHGetSpecialFolderPathA(HWND, LPSTR path, int folder, BOOL) {
   const bool known = !call.Fails() && (folder & kFolderBits) == CSIDL_SYSTEM;
   if (known) CopyText<char>(path, MAX_PATH, kSystemFolder);
   LeaveDirtyLastError();
-  return static_cast<BOOL>(call.Read(known ? TRUE : FALSE, "%d", folder));
+  return static_cast<BOOL>(call.Read(known ? TRUE : FALSE, "%d window=%s create=%d", folder,
+                                     window != nullptr ? "given" : "none", create));
 }
 
 // --- Version resources.
@@ -91,16 +92,12 @@ static_assert(offsetof(VersionBlock, fixed) == 40, "the fixed block begins on a 
 
 // The block of a file in the system folder; nothing for one that has none.
 std::optional<VersionBlock> BlockOf(const std::string& name) {
-  const Model& model = CurrentModel();
-  if (name != kAdlLibrary || !HasAdlLibrary(model)) return std::nullopt;
-  for (const Adapter& adapter : model.adapters) {
-    if (!IsAmdAdapter(adapter) || !adapter.amd.adl_library) continue;
-    if (adapter.amd.adl_version.empty()) return std::nullopt;
-    VersionBlock block;
-    block.fixed = FixedBlock(adapter.amd.adl_version);
-    return block;
-  }
-  return std::nullopt;
+  const Adapter* const adapter = AdlLibraryAdapter(CurrentModel());
+  if (name != kAdlLibrary || adapter == nullptr) return std::nullopt;
+  if (adapter->amd.adl_version.empty()) return std::nullopt;
+  VersionBlock block;
+  block.fixed = FixedBlock(adapter->amd.adl_version);
+  return block;
 }
 
 // The real function of that name in version.dll.

@@ -303,6 +303,7 @@ TEST(AmdAdlSls, GridsOfTheAdapter) {
   EXPECT_EQ(list.bytes.At(24 + 8), 3u);  // rows
   EXPECT_EQ(list.bytes.At(24 + 12), 1u);
   SetAmdAnswer(machine, "ADL_Display_SLSGrid_Caps", 0);
+  array = nullptr;
   EXPECT_EQ(adl.Call("ADL_Display_SLSGrid_Caps", 2, &count, &array, 2), 0);
   EXPECT_EQ(count, 0);
   AmdFree(array);
@@ -347,6 +348,7 @@ TEST(AmdAdlSls, MapComesWithItsTargetsAndModes) {
   EXPECT_EQ(get(2, 2), -3);
   EXPECT_EQ(get(4, 2), -3);
   EXPECT_EQ(get(3, 3), -3);
+  EXPECT_EQ(get(3, 0), -3);
   EXPECT_EQ(counts[0], -77);
   ASSERT_EQ(get(3, 2), 0);
   EXPECT_EQ(record.At(4), 3u);

@@ -169,6 +169,19 @@ TEST(AmdAdl, RefusedEndIsNotHeldAgainstTheClient) {
   EXPECT_EQ(library.Call("ADL_Main_Control_Destroy"), 0);
 }
 
+TEST(AmdAdl, StartBehindARefusedEndIsToBeEnded) {
+  Machine machine(kTwo);
+  const AmdLibrary library("atiadlxx.dll");
+  const std::string module = machine.Outstanding();
+  library.Call("ADL_Main_Control_Create", AmdAllocate, 0);
+  machine.Fail("ADL_Main_Control_Destroy", 1);
+  library.Call("ADL_Main_Control_Destroy");
+  EXPECT_EQ(library.Call("ADL_Main_Control_Create", AmdAllocate, 0), 0);
+  EXPECT_NE(machine.Outstanding().find("ADL session"), std::string::npos);
+  EXPECT_EQ(library.Call("ADL_Main_Control_Destroy"), 0);
+  EXPECT_EQ(machine.Outstanding(), module);
+}
+
 TEST(AmdAdl, UnloadedLibraryHasNoSession) {
   Machine machine(kTwo);
   {
@@ -193,6 +206,21 @@ TEST(AmdAdl, ArraysComeFromTheCallbackAndGoBackByFree) {
   EXPECT_EQ(machine.Outstanding(), before);
   AmdFree(std::malloc(16));  // the library's own
   EXPECT_EQ(machine.Outstanding(), before);
+}
+
+TEST(AmdAdl, ArrayPointerIsNullBeforeTheCall) {
+  Machine machine(kTwo);
+  const AdlClient adl;
+  int count = 0;
+  void* first = nullptr;
+  const CaughtFailures failures;
+  EXPECT_EQ(adl.Call("ADL_Display_DisplayInfo_Get", 0, &count, &first, 1), 0);
+  EXPECT_EQ(failures.list().size(), 0u);
+  void* again = first;
+  EXPECT_EQ(adl.Call("ADL_Display_DisplayInfo_Get", 0, &count, &again, 1), 0);
+  EXPECT_EQ(failures.list().size(), 1u);
+  AmdFree(first);
+  AmdFree(again);
 }
 
 TEST(AmdAdl, CallbackWithoutMemoryMakesTheCallFail) {

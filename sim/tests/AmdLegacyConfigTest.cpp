@@ -168,6 +168,21 @@ TEST(AmdLegacyConfig, AdapterConfigTellsBothDevices) {
   EXPECT_EQ(record.At(152), 1u);
 }
 
+// The library fills what an entry names, and does not guess that another device was meant.
+TEST(AmdLegacyConfig, EntriesThatNameOneDeviceAreFilledAlike) {
+  const Machine machine("win7 amd: crt 1280x1024 active, internal 1366x768 active");
+  const AmdLibrary library(kLibrary);
+  for (const uint32_t device : {0u, 1u}) {
+    AmdBytes record = EmptyConfig(device, device);
+    EXPECT_EQ(library.Call("ATIDL_GetAdapterConfig", record.data()), 0);
+    for (const size_t entry : {8u, 80u}) {
+      EXPECT_EQ(record.At(entry + 4), device);
+      EXPECT_EQ(record.At(entry + 12), device == 0 ? 2u : 1u);  // the vector
+      EXPECT_EQ(record.At(entry + 48), device == 0 ? 1280u : 1366u);
+    }
+  }
+}
+
 TEST(AmdLegacyConfig, CloneHasTwoSlotsAndADarkDeviceNone) {
   const Machine machine("win7 amd: clone internal 1366x768 active, crt 1280x1024 active");
   const AmdLibrary library(kLibrary);

@@ -108,9 +108,12 @@ TEST(AmdLegacy, NumbersOfTheAdapter) {
   Machine machine("win7 amd*1: internal 1366x768 active, crt, hdmi");
   const AmdLibrary library(kLibrary);
   uint32_t values[2] = {};
-  EXPECT_EQ(library.Call("GetCapabilities", 0, &values[0], &values[1]), 0);
-  EXPECT_EQ(values[0], 1u);
-  EXPECT_EQ(values[1], 7u);
+  for (const uint32_t heads : {1u, 2u, 3u, 6u}) {
+    machine.model().adapters[0].heads = heads;
+    EXPECT_EQ(library.Call("GetCapabilities", 0, &values[0], &values[1]), 0);
+    EXPECT_EQ(values[0], heads);
+    EXPECT_EQ(values[1], 7u);
+  }
   SetAmdAnswer(machine, "GetCapabilities first", 3);
   SetAmdAnswer(machine, "GetCapabilities second", 9);
   EXPECT_EQ(library.Call("GetCapabilities", 0, &values[0], &values[1]), 0);

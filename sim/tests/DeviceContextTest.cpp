@@ -19,6 +19,22 @@ TEST(DeviceContext, DeviceThatShowsADesktopHasOne) {
   EXPECT_EQ(machine.Outstanding(), "");
 }
 
+TEST(DeviceContext, ArgumentsStandInTheJournal) {
+  Machine machine("win7 amd: internal 1366x768 active, crt 1280x1024");
+  machine.JournalReads(true);
+  DEVMODEA mode = {};
+  mode.dmSize = sizeof mode;
+  SIM_FAKE(DeleteDC)(ContextOf("\\\\.\\DISPLAY1"));
+  SIM_FAKE(DeleteDC)(SIM_FAKE(CreateDCA)("DISPLAY", "\\\\.\\DISPLAY1", "LPT1:", &mode));
+  ContextOf("\\\\.\\DISPLAY2");
+  SIM_FAKE(DeleteDC)(SIM_FAKE(CreateDCA)("DISPLAY", nullptr, nullptr, nullptr));
+  EXPECT_EQ(machine.TakeJournal(),
+            "CreateDCA(driver=null device=\\\\.\\DISPLAY1 port=null)=1\n"
+            "CreateDCA(driver=DISPLAY device=\\\\.\\DISPLAY1 port=LPT1: mode)=1\n"
+            "CreateDCA(driver=null device=\\\\.\\DISPLAY2 port=null)=0\n"
+            "CreateDCA(driver=DISPLAY device=null port=null)=1\n");
+}
+
 TEST(DeviceContext, FaultIsNoContext) {
   Machine machine("win7 amd: internal 1366x768 active");
   machine.Fail("CreateDCA", 1);

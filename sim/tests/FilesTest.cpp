@@ -49,6 +49,18 @@ TEST(Files, SystemFolderIsTold) {
   EXPECT_STREQ(path, "");
 }
 
+TEST(Files, SystemFolderIsJournalledWithWindowAndFlag) {
+  Machine machine(kAmd);
+  char path[MAX_PATH] = {};
+  machine.JournalReads(true);
+  FAKE(SHGetSpecialFolderPathA)(nullptr, path, CSIDL_SYSTEM, FALSE);
+  FAKE(SHGetSpecialFolderPathA)(GetDesktopWindow(), path, CSIDL_SYSTEM, TRUE);
+  machine.JournalReads(false);
+  EXPECT_EQ(machine.TakeJournal(),
+            "SHGetSpecialFolderPathA(37 window=none create=0)=1\n"
+            "SHGetSpecialFolderPathA(37 window=given create=1)=1\n");
+}
+
 TEST(Files, SystemFolderHoldsWhatTheMachineHas) {
   Machine machine(kAmd);
   EXPECT_TRUE(FAKE(PathFileExistsA)(kFile));
@@ -85,6 +97,22 @@ TEST(Files, VersionOfTheDriversFile) {
   EXPECT_EQ(VersionOf(L"c:\\windows\\SYSTEM32\\ATIADLXX.DLL"), "7.15.20.1049");
   machine.model().adapters[0].amd.adl_version = "1.2.3.65535";
   EXPECT_EQ(VersionOf(kWideFile), "1.2.3.65535");
+}
+
+TEST(Files, VersionIsThatOfTheDriverThatBroughtTheFile) {
+  Machine machine("win7 amd, amd: internal 1366x768 active, crt@2 1280x1024");
+  Adapter& first = machine.model().adapters[0];
+  first.amd.adl_version = "8.14.10.1049";
+  machine.model().adapters[1].amd.adl_version = "8.14.10.1050";
+  EXPECT_EQ(VersionOf(kWideFile), "8.14.10.1049");
+  first.disabled = true;
+  EXPECT_EQ(VersionOf(kWideFile), "8.14.10.1050");
+  first.disabled = false;
+  first.vendor_library = false;
+  EXPECT_EQ(VersionOf(kWideFile), "8.14.10.1050");
+  first.vendor_library = true;
+  first.amd.adl_library = false;
+  EXPECT_EQ(VersionOf(kWideFile), "8.14.10.1050");
 }
 
 TEST(Files, FileWithoutAVersion) {

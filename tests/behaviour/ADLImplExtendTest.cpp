@@ -49,6 +49,23 @@ TEST(ADLImplExtend, OffLeavesThePanelAloneInThePrimarysMode) {
   }
 }
 
+// The library's first map has two targets then; each map that is sent has one.
+TEST(ADLImplExtend, GoesOnAndOffFromAClone) {
+  AdlMapText first;
+  first.mode = "1280x720x32@60";  // what the clone shows
+  first.kind = "0x8";
+  AdlMapText second = Second();
+  second.x = 1280;
+  second.kind = "0x8";
+  AdlHost host(kAdlClone);
+  EXPECT_EQ(host.ExtendOn(TRUE, kCrt), AdlSetText(first.Text() + second.Text(), Targets()) + "1");
+  EXPECT_EQ(host.machine.Topology(), "extend internal+crt");
+
+  AdlHost off(kAdlClone);
+  EXPECT_EQ(off.Extend(FALSE), AdlSetText(first.Text(), AdlTargetText("1/32/0/16")) + "1");
+  EXPECT_EQ(off.machine.Topology(), "single internal");
+}
+
 TEST(ADLImplExtend, OffDoesNotListTheDisplays) {
   AdlHost host(kAdlExtended);
   host.Ready();

@@ -21,6 +21,7 @@ struct AdlMapText {
   int index = 0;
   std::string mode = "1024x768x32@60";
   int x = 0;
+  int y = 0;
   int first = 0;
   int count = 1;
   int adapter = 0;               // the display's iDisplayLogicalAdapterIndex
@@ -31,9 +32,10 @@ struct AdlMapText {
 
   std::string Text() const {
     std::ostringstream text;
-    text << "[" << index << ": " << mode << " at " << x << ",0 turn=0 adapter=" << mode_adapter
-         << " id=" << display << "/" << adapter << "/" << physical_adapter
-         << " flag=0 mode=0x2/0x0 targets=" << first << "+" << count << " map=0x6e/" << kind << "]";
+    text << "[" << index << ": " << mode << " at " << x << "," << y
+         << " turn=0 adapter=" << mode_adapter << " id=" << display << "/" << adapter << "/"
+         << physical_adapter << " flag=0 mode=0x2/0x0 targets=" << first << "+" << count
+         << " map=0x6e/" << kind << "]";
     return text.str();
   }
 };

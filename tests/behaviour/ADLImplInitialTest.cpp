@@ -256,6 +256,15 @@ TEST(ADLImplInitial, OneDisplayFailsSilentlyAndForGood) {
   EXPECT_EQ(host.Calls([&] { EXPECT_FALSE(host.bare().Initial()); }), "");
 }
 
+TEST(ADLImplInitial, LessThanNoDisplayFailsSilently) {
+  AdlHost host(kAdlTwo);
+  host.ostrel();
+  host.ForgetLog();
+  sim::SetAmdAnswer(host.machine, "ADL_Display_NumberOfDisplays_Get", AdlResultCode(-1));
+  EXPECT_FALSE(host.bare().Initial());
+  EXPECT_EQ(host.TakeLogWithSeverity(), std::string(kAdlActiveLine) + kNoPowerXpress);
+}
+
 TEST(ADLImplInitial, NoDisplayIsLogged) {
   AdlHost host(kAdlTwo);
   host.ostrel();
@@ -317,27 +326,6 @@ TEST(ADLImplInitial, MoreAdaptersThanMemoryIsChecked) {
   EXPECT_FALSE(host.bare().Initial());
   EXPECT_EQ(host.TakeLogWithSeverity(), "ERROR_REPORT Check failed: m_infoAdapters != NULL. \n");
   EXPECT_EQ(host.machine.Calls("ADL_Adapter_AdapterInfo_Get"), 0u);
-}
-
-// --- The end.
-
-TEST(ADLImplEnd, StopsTheLibraryAndLetsItGo) {
-  AdlHost host(kAdlTwo);
-  host.ostrel();
-  const size_t modules = host.Modules();
-  host.Ready();
-  EXPECT_EQ(host.Modules(), modules + 1);
-  EXPECT_EQ(host.Held(), "ADL buffer\nADL session\n");  // the displays listed last
-  EXPECT_EQ(host.machine.Calls("ADL_Main_Control_Destroy"), 0u);
-  host.End();
-  EXPECT_EQ(host.machine.Calls("ADL_Main_Control_Destroy"), 1u);
-  EXPECT_EQ(host.Modules(), modules);
-  EXPECT_EQ(host.Held(), "");
-}
-
-TEST(ADLImplEnd, ObjectThatWasNeverReadyCallsNothing) {
-  AdlHost host(kAdlTwo);
-  EXPECT_EQ(host.Calls([&] { host.End(); }), "");
 }
 
 // --- The extension as a counted object.

@@ -145,7 +145,8 @@ TEST(ADLImplActive, SucceedsWhateverFails) {
   EXPECT_EQ(host.Active(), "0x0 (0)");
 }
 
-// The first adapter's failure brings a list of one adapter: the walk ends with it.
+// The first adapter's failure brings a list of two adapters in the place of four: the walk ends
+// with them, and nobody brings the library up again for the places behind.
 TEST(ADLImplActive, WalkGoesOnWithinTheNewList) {
   AdlHost host("win7 amd, amd: internal 1366x768 active, dp, crt@2 1280x1024 active");
   host.Forget();
@@ -154,6 +155,7 @@ TEST(ADLImplActive, WalkGoesOnWithinTheNewList) {
   const std::string calls = host.Calls([&] { EXPECT_EQ(host.Active(), "0x1 (1)"); });
   EXPECT_NE(calls.find("AdapterInfo_Get(size=3144)"), std::string::npos) << calls;
   EXPECT_EQ(CountOf(calls, kInfoGet), 3u) << calls;  // failed, again, and the second one's
+  EXPECT_EQ(CountOf(calls, "ADL_Main_Control_Destroy"), 1u) << calls;
 }
 
 // And without any adapter after the failure it ends at once.
@@ -228,6 +230,7 @@ TEST(ADLImplMode, OutputsStayWhenNoAdapterTells) {
   uint32_t displays = 0xEE;
   EXPECT_FALSE(host.adl().GetCurrentDisplayMode(&mode, &displays));
   EXPECT_EQ(mode, 0xEEu);
+  EXPECT_EQ(displays, 0xEEu);
 }
 
 // --- The display map and its recovery.

@@ -54,6 +54,8 @@ TEST(AdlQualifies, IsLookedForInTheSystemFolder) {
   EXPECT_TRUE(Qualifies(&host));
   host.machine.JournalReads(false);
   const std::string journal = host.machine.TakeJournal();
+  EXPECT_EQ(CountOf(journal, "SHGetSpecialFolderPathA(37 window=none create=0)=1\n"), 1u)
+      << journal;
   EXPECT_EQ(CountOf(journal, std::string("PathFileExistsA(") + kLibraryPath + ")=1\n"), 1u)
       << journal;
   EXPECT_EQ(CountOf(journal, std::string("GetFileVersionInfoSizeW(") + kLibraryPath), 1u)

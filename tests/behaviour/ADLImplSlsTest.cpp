@@ -53,13 +53,16 @@ TEST(ADLImplSls, MapIsReadByPositionAndTheRestByIndex) {
   host.driver().sls_maps = {SideBySide({kOther})};
   host.Forget();
   const std::string calls = host.Calls([&] { EXPECT_EQ(host.Mode(), "4 0x3"); });
-  const std::string start =
-      "ADL_Display_DisplayMapConfig_Get(adapter=0 option=0)=0\n"
-      "ADL_Display_SLSMapIndex_Get(adapter=2 targets=2)=0\n"
-      "ADL_Display_SLSMapConfig_Get(adapter=2 map=3 option=2)=0\n"
-      "ADL_Display_Modes_Get(adapter=2 display=1)=0\n"
-      "ADL_Display_Modes_Get(adapter=2 display=0)=0\n";
-  EXPECT_EQ(calls.substr(0, start.size()), start);
+  EXPECT_EQ(calls,
+            "ADL_Display_DisplayMapConfig_Get(adapter=0 option=0)=0\n"
+            "ADL_Display_SLSMapIndex_Get(adapter=2 targets=2)=0\n"
+            "ADL_Display_SLSMapConfig_Get(adapter=2 map=3 option=2)=0\n"
+            "ADL_Display_Modes_Get(adapter=2 display=1)=0\n"
+            "ADL_Display_Modes_Get(adapter=2 display=0)=0\n"
+            // The mode behind it goes by index alone.
+            "ADL_Display_DisplayInfo_Get(adapter=2 force=1)=0\n"
+            "ADL_Display_DisplayInfo_Get(adapter=0 force=1)=0\n"
+            "ADL_Display_DisplayMapConfig_Get(adapter=2 option=1)=0\n");
 }
 
 TEST(ADLImplSls, NextPositionIsAskedWhenOneDoesNotTell) {
@@ -238,6 +241,22 @@ TEST(ADLImplGrid, FailureNamesThePosition) {
                 std::string(kGridLine) +
                 "0\nERROR Calling ADL_Display_SLSGrid_Caps() failed, adapter index = 1, rv = 1\n" +
                 kGridLine + "0\n");
+}
+
+int OneGridAndAFailure(int, int* count, void** grids, int) {
+  *count = 1;
+  *grids = nullptr;
+  return -1;
+}
+
+TEST(ADLImplGrid, CountDecidesOfAFailedCallToo) {
+  AdlHost host(kAdlTwo);
+  ReplaceAdlEntry(&host.machine, "ADL_Display_SLSGrid_Caps", sim::Erase(OneGridAndAFailure));
+  host.Forget();
+  EXPECT_TRUE(host.extension().HasSLSGrid());
+  EXPECT_EQ(host.TakeLogWithSeverity(),
+            "ERROR Calling ADL_Display_SLSGrid_Caps() failed, adapter index = 0, rv = -1\n" +
+                std::string(kGridLine) + "1\n");
 }
 
 TEST(ADLImplGrid, CountDecides) {

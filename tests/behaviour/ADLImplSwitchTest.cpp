@@ -151,6 +151,15 @@ TEST(ADLImplSwitch, ConnectorWithoutAnEntryIsDisplayZeroUndetected) {
   EXPECT_EQ(host.TakeLog(), "");
 }
 
+// The panel is sought on the maker's own plug, which one on embedded DisplayPort does not have.
+TEST(ADLImplSwitch, PanelOnEmbeddedDisplayPortIsDisplayZero) {
+  AdlHost host("win7 amd: edp 1366x768 active, crt 1280x1024", kAdlChecked);
+  EXPECT_EQ(host.Connected(), "0x3 (2)");
+  EXPECT_EQ(host.Switch(kSingle, kNb), SetCrt() + "1");
+  EXPECT_EQ(host.machine.Topology(), "single crt");
+  EXPECT_EQ(host.TakeLog(), "");
+}
+
 TEST(ADLImplSwitch, WithoutAListEveryDisplayIsDisplayZero) {
   AdlHost host(kAdlTwo, kAdlChecked);
   host.Forget();

@@ -158,6 +158,39 @@ TEST(ADLImplTripleExtend, FirstMapAndTargetKeepWhatTheLibrarySaid) {
   }
 }
 
+TEST(ADLImplTripleExtend, GoesOnFromAClone) {
+  AdlHost host("win7 amd*3: clone internal 1366x768 active, crt 1280x1024 active, hdmi 1920x1080");
+  std::string maps;
+  const char* const sizes[] = {"1366x768", "1280x1024", "1920x1080"};
+  const int places[] = {0, 1366, 1280};
+  for (int i = 0; i < 3; ++i) {
+    AdlMapText map = DesktopText(i, sizes[i], places[i]);
+    map.kind = "0x8";  // as the library gave it, with two targets
+    maps += map.Text();
+  }
+  EXPECT_EQ(host.Switch(kTripleExtend, kThreeDisplays), AdlSetText(maps, ThreeTargets()) + "1");
+  EXPECT_EQ(host.machine.Topology(), "extend internal+crt+hdmi");
+}
+
+// The panel's EDID is read behind its target and before its map: a recovery in there that finds
+// another adapter in charge shows in the map, and in the call.
+TEST(ADLImplTripleExtend, FirstMapHasTheAdapterThatIsInChargeBehindTheEdid) {
+  AdlHost host(kThreeOne);
+  host.Ready();
+  host.machine.Fail("ADL_Display_DisplayInfo_Get", 1);
+  host.machine.Fail("ADL_Adapter_Active_Get", 1);
+  EXPECT_TRUE(host.adl().SetNewDisplayMode(kTripleExtend, kThreeDisplays));
+  std::string maps;
+  const char* const sizes[] = {"1366x768", "1280x1024", "1920x1080"};
+  const int places[] = {0, 1366, 1280};
+  for (int i = 0; i < 3; ++i) {
+    AdlMapText map = DesktopText(i, sizes[i], places[i]);
+    map.adapter = 1 + i;
+    maps += map.Text();
+  }
+  EXPECT_EQ(host.machine.TakeJournal(), AdlSetText(maps, ThreeTargets(), 0, 1));
+}
+
 TEST(ADLImplTripleExtend, AdapterOfTheFirstIsItsPosition) {
   AdlHost host(kAdlThree);
   host.driver().adl_indices = {2, 0, 1};  // position 2 is in charge, its index is 1

@@ -236,6 +236,24 @@ TEST_F(AtiAdapterConfigMethod, NamesTheAdapterAndTheNextDevice) {
   EXPECT_EQ(CountOf(ati.TakeCalls(), "EnableExtendedDesktop(3,1)\n"), 1u);
 }
 
+// The first entry gets its adapter before the second one's target is looked for.
+TEST(AtiExtend, AdapterIsWorkedOutBeforeTheTarget) {
+  AtiHost host(kManyDevices);
+  host.ati();
+  host.machine.JournalReads(true);
+  host.Forget();
+  EXPECT_TRUE(host.ati().EnableExtendMode(1));
+  std::istringstream lines(host.machine.TakeJournal());
+  std::string asked;
+  for (std::string line; std::getline(lines, line);) {
+    const std::string name = line.substr(0, line.find('('));
+    if (name == "GetConnectedDisplays" || name.rfind("ATIDL_", 0) == 0) asked += name + "\n";
+  }
+  const std::string id = "ATIDL_GetAdapterID\n";
+  EXPECT_EQ(CountOf(asked, "ATIDL_GetAdapterConfig\n" + id + id + "GetConnectedDisplays\n"), 1u)
+      << asked;
+}
+
 TEST_F(AtiAdapterConfigMethod, TargetIsTheFirstTypeThatIsNoPanel) {
   const struct {
     uint32_t connected;

@@ -39,6 +39,31 @@ TEST(AtiSettings, ClonedDisplaysShareThem) {
   EXPECT_EQ(Settings(&host, kNb), Settings(&host, kCrt));
 }
 
+// The question names no device, and this library then tells of the first one alone: the settings
+// of what another device shows are not to be had.
+TEST(AtiSettings, OfAnExtendedDesktopThoseOfTheFirstDeviceAreTold) {
+  {
+    AtiHost host(kPanelCrtExtended);
+    EXPECT_EQ(Settings(&host, kNb), "1366x768x32@60");
+    EXPECT_EQ(Settings(&host, kCrt), "failed");
+  }
+  AtiHost turned("win7 amd: crt 1280x1024 active, internal 1366x768 active");
+  EXPECT_EQ(Settings(&turned, kCrt), "1280x1024x32@60");
+  EXPECT_EQ(Settings(&turned, kNb), "failed");
+}
+
+TEST(AtiSettings, BehindAnotherVendorsDevicesNoneAreTold) {
+  AtiHost host("win7 intel, amd: internal@2 1366x768 active, crt@2 1280x1024 active");
+  EXPECT_EQ(host.Active(), "0x3 (2)");
+  host.machine.JournalReads(true);
+  host.Forget();
+  EXPECT_EQ(Settings(&host, kNb), "failed");
+  const std::string journal = host.machine.TakeJournal();
+  EXPECT_EQ(CountOf(journal, "ATIDL_GetAdapterConfig("), 1u) << journal;
+  EXPECT_EQ(CountOf(journal, ")=" + std::to_string(sim::kLegacyUnknownAdapter)), 1u) << journal;
+  EXPECT_EQ(Settings(&host, kCrt), "failed");
+}
+
 // --- What is asked, and every way to fail.
 
 class AtiSettingsOf : public testing::Test {
@@ -82,14 +107,15 @@ TEST_F(AtiSettingsOf, EitherEntryMayHaveTheDisplay) {
   EXPECT_EQ(Settings(&host, kCrt), "1280x1024x16@75");
 }
 
-TEST_F(AtiSettingsOf, EverySlotIsLookedAtAndNoMore) {
+TEST_F(AtiSettingsOf, EverySlotIsLookedAtWhateverTheirNumber) {
   PutEntry(2, {8, 1}, {768, 1366, 32, 60});
-  EXPECT_EQ(Settings(&host, kNb), "1366x768x32@60");
-  config[4] = 1;  // the second slot is not in use
+  for (const uint32_t slots : {0u, 1u, 2u, 0xFFFFFFFFu}) {
+    config[4] = config[22] = slots;
+    EXPECT_EQ(Settings(&host, kNb), "1366x768x32@60") << slots;
+    EXPECT_EQ(Settings(&host, kCrt), "1280x1024x16@75") << slots;
+  }
+  PutEntry(2, {8, 4}, {768, 1366, 32, 60});
   EXPECT_EQ(Settings(&host, kNb), "failed");
-  config[4] = 0xFFFFFFFF;
-  EXPECT_EQ(Settings(&host, kNb), "1366x768x32@60");
-  EXPECT_EQ(Settings(&host, kCrt), "1280x1024x16@75");
 }
 
 TEST_F(AtiSettingsOf, FirstEntryComesFirst) {
@@ -153,6 +179,28 @@ TEST_F(AtiSettingsOf, FailedAdapterConfigFails) {
   for (const int32_t result : {-1, 1}) {
     adapter_result = result;
     EXPECT_EQ(Settings(&host, kNb), "failed");
+  }
+}
+
+TEST(AtiSettings, ChecksTheArgumentsOfItsQuestions) {
+  AtiHost host(kPanelCrt, kChecked);
+  host.bare();
+  EXPECT_TRUE(host.box().FindPanel(true, true, true));
+  const struct {
+    bool library, index, vector;
+    const char* log;
+  } rows[] = {
+      {false, true, true, "Check failed: lib != NULL. \n"},
+      {true, false, true, "Check failed: display_index != NULL. \n"},
+      {true, true, false, "Check failed: display_vector != NULL. \n"},
+      {false, false, false,
+       "Check failed: lib != NULL. \nCheck failed: display_index != NULL. \n"
+       "Check failed: display_vector != NULL. \n"},
+  };
+  for (const auto& row : rows) {
+    host.Forget();
+    EXPECT_FALSE(host.box().FindPanel(row.library, row.index, row.vector)) << &row - rows;
+    EXPECT_EQ(host.TakeLog(), row.log);
   }
 }
 
@@ -281,10 +329,12 @@ TEST_F(AtiEdidRecords, RoomIsToldAndTheBytesThatCameAreCopied) {
             (std::vector<ScriptedAti::Words>{ScriptedAti::Record(72, {288, 0, 256})}));
 }
 
-TEST_F(AtiEdidRecords, MoreThanTheRoomIsCutToIt) {
-  for (const uint32_t told : {256u, 257u, 0xFFFFFFFFu}) {
+TEST_F(AtiEdidRecords, WhatTheRecordHoldsIsCopiedAndNoMore) {
+  for (const uint32_t told : {255u, 256u, 257u, 271u, 272u, 273u, 0xFFFFFFFFu}) {
     size = told;
-    EXPECT_EQ(EdidOf(&host, kNb).size(), 256u) << told;
+    const std::vector<uint8_t> bytes = EdidOf(&host, kNb);
+    ASSERT_EQ(bytes.size(), std::min(told, 272u));
+    for (size_t i = 0; i < bytes.size(); ++i) ASSERT_EQ(bytes[i], 4 + i / 4) << told << " " << i;
   }
 }
 
@@ -343,9 +393,13 @@ TEST(AtiEdid, MonitorsHaveNoName) {
 TEST(AtiEdid, BlocksAreGivenBack) {
   AtiHost host(kPanelCrt);
   host.mapped();
-  const std::string outstanding = host.machine.Outstanding();
-  for (int i = 0; i < 3; ++i) EdidOf(&host, kNb);
-  EXPECT_EQ(host.machine.Outstanding(), outstanding);
+  const auto pieces_out = host.ostrel().white_box().factory->PiecesOut;
+  EdidBlob blob;
+  const int64_t before = pieces_out();
+  EXPECT_TRUE(host.extension().GetEDID(kNb, &blob));
+  EXPECT_EQ(pieces_out(), before + 1);
+  host.extension().FreeEDID(&blob);
+  EXPECT_EQ(pieces_out(), before);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The legacy AMD back-end: its start, its binding, and which adapter it asks for.
+// The legacy AMD back-end: its start, its binding, and its capabilities.
 #include <gtest/gtest.h>
 
 #include "tests/behaviour/AtiHost.h"
@@ -156,6 +156,34 @@ TEST(AtiMMImpl, NothingAnswersBeforeInitial) {
   EXPECT_EQ(second, 0xEEu);
 }
 
+// The entry is one that nobody calls.
+TEST(AtiMMImpl, FailedInitialLeavesWhatTheLibraryHas) {
+  AtiHost host(kPanelCrt);
+  host.Remove("GetConfiguration");
+  IMMonitor& ati = *host.bare();
+  EXPECT_FALSE(ati.Initial());
+  uint32_t displays = 0;
+  uint32_t count = 0;
+  EXPECT_TRUE(ati.GetConnectedDisplays(&displays, &count));
+  EXPECT_EQ(displays, 3u);
+  EXPECT_EQ(count, 2u);
+  EXPECT_TRUE(ati.SetNewDisplayMode(IMMonitor::DM_CLONE, 3));
+  EXPECT_EQ(host.machine.Topology(), "clone internal+crt");
+}
+
+// Behind the operations of the base class, whose last stands in the place numbered 21.
+TEST(AtiMMImpl, TwoMoreOperationsStandBehindThoseOfItsBase) {
+  AtiHost host(kPanelCrt);
+  void* const object = &host.ati();
+  void* const* const table = *static_cast<void* const**>(object);
+  const auto name = reinterpret_cast<const char* (*)(void*)>(table[22]);
+  EXPECT_STREQ(name(object), "AtiPdl64.dll");
+  const uint32_t asked = host.machine.Calls("GetCapabilities");
+  const auto capabilities = reinterpret_cast<BOOL (*)(void*)>(table[23]);
+  EXPECT_EQ(capabilities(object), 1);
+  EXPECT_EQ(host.machine.Calls("GetCapabilities"), asked + 1);
+}
+
 TEST(AtiMMImpl, WindowsExtendsTheDesktopWithoutTheLibrary) {
   AtiHost host(kManyDevices);
   host.machine.Fail("ChangeDisplaySettingsExA", 1);
@@ -176,6 +204,12 @@ TEST(AtiMMImpl, FirstCapabilityOfThreeLeavesOneReportToFail) {
   EXPECT_EQ(host.machine.Calls("GetConnectedDisplays"), 0u);
   EXPECT_EQ(host.Connected(), "0x3 (2)");
   EXPECT_EQ(host.machine.Calls("GetCapabilities"), 2u);  // not asked any more
+}
+
+TEST(AtiMMImpl, AdapterThatDrivesThreeDisplaysFailsItsFirstReport) {
+  AtiHost host("win7 amd*3: internal 1366x768 active, crt 1280x1024");
+  EXPECT_EQ(host.Connected(), "failed");
+  EXPECT_EQ(host.Connected(), "0x3 (2)");
 }
 
 TEST(AtiMMImpl, CapabilitiesThatCanBeReadLaterFailNoReport) {
@@ -246,74 +280,6 @@ TEST(AtiMMImpl, SwitchingIsAllowedWithoutThatEntry) {
   host.model().adapters[0].amd.switching_capability = 1;
   host.Remove("ATIDL_GetDisplaySwitchingCapability");
   EXPECT_EQ(host.ati().HasDisplaySwitchingCapability(), 1);
-}
-
-// --- The adapter's number.
-
-// Devices 0 and 1 are Intel's: the panel hangs there.
-constexpr char kSecondVendor[] =
-    "win7 intel, amd: internal 1366x768 active, crt@2 1280x1024 active";
-
-TEST(AtiMMImpl, AdapterIsTheFirstAttachedDeviceWithAnId) {
-  AtiHost host(kSecondVendor);
-  ScriptedAti ati;
-  ati.Install(&host.machine);
-  const struct {
-    std::vector<std::pair<int32_t, uint32_t>> ids;
-    uint32_t adapter;
-  } rows[] = {
-      {{{0, 5}, {0, 5}, {0, 5}}, 0},
-      {{{0, 0}, {0, 5}, {0, 5}}, 2},   // device 1 is not attached
-      {{{-1, 5}, {0, 5}, {0, 5}}, 2},  // device 0 cannot be asked
-      {{{1, 5}, {0, 5}, {0, 5}}, 2},
-      {{{0, 0}, {0, 0}, {0, 0xFFFFFFFE}}, 2},
-      {{{0, 0}, {0, 0}, {0, 0xFFFFFFFF}}, 0},  // an id that says there is none
-      {{{0, 0xFFFFFFFF}, {0, 5}, {0, 5}}, 0},  // and ends the walk
-      {{{0, 0}, {0, 5}, {0, 0}, {0, 5}}, 0},   // the walk ends
-      {{}, 0},
-  };
-  host.ati();
-  for (const auto& row : rows) {
-    ati.ids = row.ids;
-    ati.TakeCalls();
-    host.ati().HasDisplaySwitchingCapability();
-    EXPECT_EQ(ati.TakeCalls(),
-              "ATIDL_GetDisplaySwitchingCapability(" + std::to_string(row.adapter) + ",0)\n")
-        << &row - rows;
-  }
-}
-
-TEST(AtiMMImpl, DeviceThatCannotBeDrawnOnIsPassedOver) {
-  AtiHost host("win7 amd: internal 1366x768 active, crt 1280x1024 active");
-  host.ati();
-  host.machine.JournalReads(true);
-  host.Forget();
-  host.machine.Fail("CreateDCA", 1);
-  host.ati().HasDisplaySwitchingCapability();
-  const std::string journal = host.machine.TakeJournal();
-  EXPECT_EQ(CountOf(journal, "ATIDL_GetAdapterID("), 1u) << journal;
-  EXPECT_EQ(CountOf(journal, "ATIDL_GetAdapterID(device=1)=0"), 1u) << journal;
-  EXPECT_EQ(CountOf(journal, "ATIDL_GetDisplaySwitchingCapability(adapter=1)"), 1u) << journal;
-}
-
-TEST(AtiMMImpl, AdapterIsWorkedOutForEveryCall) {
-  AtiHost host(kSecondVendor);
-  host.ati();
-  const uint32_t contexts = host.machine.Calls("CreateDCA");
-  host.ati().HasDisplaySwitchingCapability();
-  host.ati().HasDisplaySwitchingCapability();
-  // Each time the panel's device, which has no id, and the CRT's.
-  EXPECT_EQ(host.machine.Calls("CreateDCA"), contexts + 4);
-  EXPECT_EQ(host.machine.Calls("DeleteDC"), host.machine.Calls("CreateDCA"));
-  EXPECT_EQ(host.Connected(), "0x2 (1)");
-}
-
-TEST(AtiMMImpl, AdapterIsTheFirstDeviceWithoutThatEntry) {
-  AtiHost host(kPanelCrt);
-  host.Remove("ATIDL_GetAdapterID");
-  EXPECT_EQ(host.Connected(), "0x3 (2)");
-  EXPECT_EQ(host.Switch(IMMonitor::DM_CLONE, 3), AtiConfig(2, 1, 2) + "1");
-  EXPECT_EQ(host.machine.Calls("CreateDCA"), 0u);
 }
 
 // --- IUnknown and IDisplayExtension.

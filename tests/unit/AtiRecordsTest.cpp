@@ -80,21 +80,20 @@ TEST(AtiRecords, TargetIsTheFirstTypeThatIsNoPanel) {
   }
 }
 
-TEST(AtiRecords, EntryIsFoundByASlotInUse) {
+TEST(AtiRecords, EntryIsFoundByEitherSlotWhateverTheirNumber) {
   AtiAdapterConfig config = MakeAtiAdapterConfig();
-  EXPECT_EQ(FindAtiEntry(config, 0), nullptr);  // no slot is in use
-  config.entries[0].slot_count = 1;
+  for (const uint32_t vector : {1u, 2u, 4u}) EXPECT_EQ(FindAtiEntry(config, vector), nullptr);
   config.entries[0].slots[0].display = 1;
   config.entries[0].slots[1].display = 2;
-  config.entries[1].slot_count = 2;
   config.entries[1].slots[0].display = 4;
   config.entries[1].slots[1].display = 1;
-  EXPECT_EQ(FindAtiEntry(config, 1), &config.entries[0]);
-  EXPECT_EQ(FindAtiEntry(config, 2), nullptr);
-  EXPECT_EQ(FindAtiEntry(config, 4), &config.entries[1]);
-  EXPECT_EQ(FindAtiEntry(config, 8), nullptr);
-  config.entries[0].slot_count = 3;
-  EXPECT_EQ(FindAtiEntry(config, 2), &config.entries[0]);
+  for (const uint32_t count : {0u, 1u, 2u, 3u, 0xFFFFFFFFu}) {
+    for (AtiAdapterEntry& entry : config.entries) entry.slot_count = count;
+    EXPECT_EQ(FindAtiEntry(config, 1), &config.entries[0]);
+    EXPECT_EQ(FindAtiEntry(config, 2), &config.entries[0]);
+    EXPECT_EQ(FindAtiEntry(config, 4), &config.entries[1]);
+    EXPECT_EQ(FindAtiEntry(config, 8), nullptr);
+  }
 }
 
 TEST(AtiRecords, IndexIsThePlaceOfTheBit) {

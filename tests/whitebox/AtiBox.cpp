@@ -1,6 +1,7 @@
 #include "tests/whitebox/AtiBox.h"
 
 #include "Common/MultiMonitor/Amd/AtiMMImpl.h"
+#include "Common/MultiMonitor/Amd/AtiMMImplDisplays.h"
 #include "Common/MultiMonitor/Amd/VAtiLib.h"
 #include "Common/MultiMonitor/VendorBackends.h"
 
@@ -51,9 +52,31 @@ std::string BindEntries(const char* file_name, BOOL* loaded) {
   return text;
 }
 
+uint32_t AdapterIndexWithoutLibrary() { return GetAtiAdapterIndex(nullptr); }
+
+uint32_t TargetTypeWithoutLibrary() { return ReadAtiTargetType(nullptr); }
+
+bool FindPanel(bool with_library, bool with_index, bool with_vector) {
+  VAtiLib lib;
+  lib.Load("AtiPdl64.dll");
+  uint32_t index = 0;
+  uint32_t vector = 0;
+  return FindAtiDisplay(with_library ? &lib : nullptr, IMMonitor::MD_NB,
+                        with_index ? &index : nullptr, with_vector ? &vector : nullptr);
+}
+
 constexpr AtiBox kBox = {
-    NewAtiMMImpl,   ExtensionOf,    GetMonitorEDID,   FreeMonitorEDID,
-    GetMonitorName, GetLibraryName, ReadCapabilities, BindEntries,
+    NewAtiMMImpl,
+    ExtensionOf,
+    GetMonitorEDID,
+    FreeMonitorEDID,
+    GetMonitorName,
+    GetLibraryName,
+    ReadCapabilities,
+    BindEntries,
+    AdapterIndexWithoutLibrary,
+    TargetTypeWithoutLibrary,
+    FindPanel,
 };
 
 }  // namespace

@@ -20,6 +20,12 @@ struct AtiBox {
   /// A binding of its own: which entries are bound, in their order, as "x" or "-".
   /// @param loaded  out; the binding's result
   std::string (*BindEntries)(const char* file_name, BOOL* loaded);
+
+  // --- Questions that take several calls, with nothing where an argument belongs.
+  uint32_t (*AdapterIndexWithoutLibrary)();
+  uint32_t (*TargetTypeWithoutLibrary)();
+  /// Asks for the panel, a library that is loaded for the question; null for what is not given.
+  bool (*FindPanel)(bool with_library, bool with_index, bool with_vector);
 };
 
 const AtiBox* GetAtiBox();

@@ -122,7 +122,6 @@ class ADLImpl : public MultiMonitor, public IDisplayExtensionAMD {
   int32_t m_numAdapters = 0;
   int32_t m_activeAdapter = 0;  // a position in m_infoAdapters
   std::unique_ptr<ADLAdapterInfo[]> m_infoAdapters;
-  int32_t m_infoAdaptersLength = 0;
   DisplayInfos m_displayInfos;  // of the adapter in charge, as listed last
   // Deliberate: found out at the start, and read by nothing.
   uint32_t m_activeGpu = 0;  // 1 integrated, 2 discrete
@@ -130,5 +129,6 @@ class ADLImpl : public MultiMonitor, public IDisplayExtensionAMD {
   bool m_hasPowerXpress = false;
   uint32_t m_resetAfterSwitch = 1;
   bool m_extensionReady = false;
-  LONG m_references = 1;  // the owner's
+  LONG m_references = 1;             // the owner's
+  int32_t m_infoAdaptersLength = 0;  // records that m_infoAdapters has room for
 };

@@ -143,8 +143,8 @@ BOOL ADLImpl::GetCurrentDisplayMode(uint32_t* mode, uint32_t* displays) {
   return TRUE;
 }
 
-// Deliberate: a display whose settings nobody knows counts as one whose settings are known, DVI
-// left out, which may be the driver's word for HDMI.
+// Deliberate: a display whose settings nobody knows counts as one whose settings are known; only
+// DVI can fail, when there are none for HDMI either.
 bool ADLImpl::GetDisplaySettings(uint32_t imm_display, DEVMODEA* dm) {
   if (MultiMonitor::GetDisplaySettings(imm_display, dm)) return true;
   return imm_display != MD_DVI || MultiMonitor::GetDisplaySettings(MD_HDMI, dm);

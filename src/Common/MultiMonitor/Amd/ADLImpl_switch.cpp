@@ -27,7 +27,8 @@ bool ADLImpl::ReadMapToChange(DisplayMap* map) {
   return !map->maps.empty() && !map->targets.empty();
 }
 
-// A driver for two adapters wants its own words about the target back.
+// Between two GPUs the target stays in the map that the library named, with mask and value cleared;
+// otherwise it goes to map 0 with both set to 1.
 ADLDisplayTarget ADLImpl::TemplateTarget(const DisplayMap& map) const {
   const bool several_gpus = m_isHybrid || m_hasPowerXpress;
   ADLDisplayTarget target = map.targets[0];

@@ -76,8 +76,9 @@ BOOL ADLImpl::ApplyTripleExtend(uint32_t displays) {
   targets[0].displayID.iDisplayLogicalIndex = DisplayIndexOf(MD_NB);
   // Deliberate: the adapter's position in the list, not the index that the record there tells.
   targets[0].displayID.iDisplayLogicalAdapterIndex = m_activeAdapter;
-  StartAt(m_activeAdapter, &maps[0]);
+  // Reading the panel's EDID may bring the library up again, with another adapter in charge.
   SetNativeResolution(MD_NB, &maps[0].displayMode);
+  StartAt(m_activeAdapter, &maps[0]);
 
   size_t slot = 0;
   for (const uint32_t display : ChooseBesidePanel(displays)) {

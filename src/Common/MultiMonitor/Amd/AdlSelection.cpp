@@ -17,11 +17,11 @@ constexpr char kAdlLibrary[] = "atiadlxx.dll";
 constexpr char kUsualSystemFolder[] = "C:\\Windows\\System32";
 static_assert(CSIDL_SYSTEM == 37, "the folder of the system's libraries");
 
-// The first build whose library keeps its display map in order.
+// The first build that is used.
 constexpr uint16_t kOldestBuild = 1050;
 
-// Windows XP and Server 2003 have drivers without a usable library. Windows 2000 is not excluded.
-// Deliberate: of the versions 5.x all but 5.0 are out.
+// Deliberate: of the versions 5.x all but 5.0 are out, that is Windows XP and Server 2003; Windows
+// 2000 is not.
 bool IsWindowsTooOld() {
   OSVERSIONINFOA version = {};
   version.dwOSVersionInfoSize = sizeof(version);

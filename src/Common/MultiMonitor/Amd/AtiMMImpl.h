@@ -12,9 +12,11 @@
 #include <map>
 #include <memory>
 
-/// Host thread only, but for AddRef and Release. Until Initial succeeded, and where the library
-/// lacks what an operation needs, the operation gives its failure. No exceptions leave it, the
-/// constructor's apart.
+/// Host thread only, but for AddRef and Release. Where the library lacks what an operation needs,
+/// the operation gives its failure, and before Initial the library lacks everything. Two go on
+/// without it: Windows extends the desktop, and switching is said to be possible. An Initial that
+/// failed for one missing entry leaves the others bound, and what they are enough for works. No
+/// exceptions leave it, the constructor's apart.
 class AtiMMImpl : public MultiMonitor, public IDisplayExtension {
  public:
   AtiMMImpl();

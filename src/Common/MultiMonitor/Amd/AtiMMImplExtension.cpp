@@ -70,7 +70,7 @@ bool AtiMMImpl::GetEDID(uint32_t display, EdidBlob* edid) {
   if (m_pLib->DisplayGetEdidData(GetAtiAdapterIndex(m_pLib.get()), index, &record) != 0) {
     return false;
   }
-  const uint32_t size = std::min(record.data_size, kAtiEdidRoom);
+  const uint32_t size = std::min(record.data_size, kAtiEdidMost);
   std::unique_ptr<uint8_t[]> bytes(new (std::nothrow) uint8_t[size]);
   if (bytes == nullptr) return false;
   std::copy_n(record.data, size, bytes.get());

@@ -106,7 +106,9 @@ bool AtiMMImpl::ExtendByAdapterConfig() {
   config.entries[1].adapter = adapter + 1;
   if (m_pLib->GetAdapterConfig(&config) != 0) return false;
 
-  PlaceSecond(GetAtiAdapterIndex(m_pLib.get()), ReadAtiTargetType(m_pLib.get()), &config);
+  const uint32_t adapter_now = GetAtiAdapterIndex(m_pLib.get());
+  const uint32_t target_type = ReadAtiTargetType(m_pLib.get());
+  PlaceSecond(adapter_now, target_type, &config);
   if (m_pLib->SetAdapterConfig(&config) == 0) return true;
   config.last = 0;
   config.entries[1].width = 800;

@@ -73,9 +73,8 @@ uint32_t AtiTargetType(const uint32_t* types, size_t count) {
 
 const AtiAdapterEntry* FindAtiEntry(const AtiAdapterConfig& config, uint32_t display_vector) {
   for (const AtiAdapterEntry& entry : config.entries) {
-    const uint32_t count = std::min(entry.slot_count, kAtiSlots);
-    for (uint32_t i = 0; i < count; ++i) {
-      if (entry.slots[i].display == display_vector) return &entry;
+    for (const AtiDisplaySlot& slot : entry.slots) {
+      if (slot.display == display_vector) return &entry;
     }
   }
   return nullptr;

@@ -34,14 +34,14 @@ struct AtiDeviceConfig {
 static_assert(sizeof(AtiDeviceConfig) == 20, "the library's size");
 
 constexpr uint32_t kAtiEdidRoom = 256;
+constexpr uint32_t kAtiEdidMost = 272;
 
 struct AtiEdidRecord {
   uint32_t size;
   uint32_t unused;
-  uint32_t data_size;  // in: bytes of room; out: bytes
+  uint32_t data_size;  // in: bytes of room, up to kAtiEdidRoom; out: bytes
   uint32_t unused_too;
-  uint8_t data[kAtiEdidRoom];
-  uint8_t rest[16];
+  uint8_t data[kAtiEdidMost];  // to the record's end, beyond the room that is told
 };
 static_assert(sizeof(AtiEdidRecord) == 288, "the library's size");
 static_assert(offsetof(AtiEdidRecord, data_size) == 8, "the library's place");
@@ -102,7 +102,9 @@ uint32_t DisplayOfAtiKind(uint32_t device_kind);
 /// @param types  of the connected displays, by display index
 uint32_t AtiTargetType(const uint32_t* types, size_t count);
 
-/// Finds the display vector among the display slots of the entries.
+/// Finds the display vector among the display slots of the entries, all of which are looked at: a
+/// slot that is not in use has no display.
+/// @param display_vector  of one display at least
 /// @return the entry that shows it; null when neither does
 const AtiAdapterEntry* FindAtiEntry(const AtiAdapterConfig& config, uint32_t display_vector);
 
