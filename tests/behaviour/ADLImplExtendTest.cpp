@@ -50,20 +50,28 @@ TEST(ADLImplExtend, OffLeavesThePanelAloneInThePrimarysMode) {
 }
 
 // The library's first map has two targets then; each map that is sent has one.
-TEST(ADLImplExtend, GoesOnAndOffFromAClone) {
+AdlMapText FirstOfClone() {
   AdlMapText first;
   first.mode = "1280x720x32@60";  // what the clone shows
   first.kind = "0x8";
+  return first;
+}
+
+TEST(ADLImplExtend, GoesOnFromAClone) {
   AdlMapText second = Second();
   second.x = 1280;
   second.kind = "0x8";
   AdlHost host(kAdlClone);
-  EXPECT_EQ(host.ExtendOn(TRUE, kCrt), AdlSetText(first.Text() + second.Text(), Targets()) + "1");
+  EXPECT_EQ(host.ExtendOn(TRUE, kCrt),
+            AdlSetText(FirstOfClone().Text() + second.Text(), Targets()) + "1");
   EXPECT_EQ(host.machine.Topology(), "extend internal+crt");
+}
 
-  AdlHost off(kAdlClone);
-  EXPECT_EQ(off.Extend(FALSE), AdlSetText(first.Text(), AdlTargetText("1/32/0/16")) + "1");
-  EXPECT_EQ(off.machine.Topology(), "single internal");
+TEST(ADLImplExtend, GoesOffFromAClone) {
+  AdlHost host(kAdlClone);
+  EXPECT_EQ(host.Extend(FALSE),
+            AdlSetText(FirstOfClone().Text(), AdlTargetText("1/32/0/16")) + "1");
+  EXPECT_EQ(host.machine.Topology(), "single internal");
 }
 
 TEST(ADLImplExtend, OffDoesNotListTheDisplays) {
