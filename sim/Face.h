@@ -109,5 +109,7 @@ const std::vector<Entry>& ProfileFace();      // writes to profile files: real, 
 const std::vector<Entry>& ComFace();          // COM classes that only the model has
 const std::vector<Entry>& BasicStringFace();  // SysAllocString and its fellows
 const std::vector<Entry>& RunTimeFace();      // what the C run-time tells about the process
+const std::vector<Entry>& FilesFace();        // the system folder and the versions of its files
+const std::vector<Entry>& ClientHeapFace();   // free(): how vendors' buffers come back
 
 }  // namespace sim

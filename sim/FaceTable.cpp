@@ -13,10 +13,13 @@ namespace {
 using FaceFunction = const std::vector<Entry>& (*)();
 
 constexpr FaceFunction kFaces[] = {
-    DisplayDevicesFace, DisplayConfigFace, SetupApiFace, RegistryFace, SystemFace,      LoaderFace,
-    TimeFace,           WindowFace,        GdiFace,      HandleFace,   ComFace,         RunTimeFace,
-    ServicesFace,       PlayersFace,       ProfileFace,  KeyboardFace, BasicStringFace, ThreadFace,
-    ProcessFace,
+    DisplayDevicesFace, DisplayConfigFace, SetupApiFace,
+    RegistryFace,       SystemFace,        LoaderFace,
+    TimeFace,           WindowFace,        GdiFace,
+    HandleFace,         ComFace,           RunTimeFace,
+    ServicesFace,       PlayersFace,       ProfileFace,
+    KeyboardFace,       BasicStringFace,   ThreadFace,
+    ProcessFace,        FilesFace,         ClientHeapFace,
 };
 
 constexpr const char* kNeverFailing[] = {
@@ -39,6 +42,7 @@ constexpr const char* kNeverFailing[] = {
     "SysFreeString",
     "SysStringLen",
     "clock",
+    "free",
     "getenv",
     "keybd_event",
 };

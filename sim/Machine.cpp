@@ -13,6 +13,7 @@
 #include "sim/ShortForm.h"
 #include "sim/Topology.h"
 #include "sim/VirtualTime.h"
+#include "sim/faces/AmdDriver.h"
 #include "sim/faces/IntelDriver.h"
 #include "sim/faces/NvCplDriver.h"
 #include "sim/faces/NvidiaDriver.h"
@@ -87,6 +88,7 @@ void FlushProfile(const std::wstring& path) {
 bool IsSimulated(const Machine::State& state, const std::string& function) {
   if (FindEntryByName(function) != nullptr || IsIntelDriverOperation(function)) return true;
   if (IsNvidiaFunction(function)) return true;
+  if (IsAmdOperation(function)) return true;
   for (const auto& [name, module] : state.invented) {
     const auto& entries = module.entries;
     const auto same = [&](const Entry& entry) { return function == entry.name; };

@@ -51,6 +51,17 @@ std::vector<std::string> Fields::TextsOrNone(const std::string& field) {
   return node != nullptr ? Texts(field, *node) : std::vector<std::string>();
 }
 
+std::vector<uint32_t> Fields::NumbersOrNone(const std::string& field, int64_t most) {
+  const toml::node* node = Find(field);
+  std::vector<uint32_t> numbers;
+  if (node == nullptr) return numbers;
+  if (!node->is_array()) Raise(field, *node, "a list of whole numbers is needed");
+  for (const toml::node& element : *node->as_array()) {
+    numbers.push_back(Number(field, element, most));
+  }
+  return numbers;
+}
+
 Fields Fields::Table(const std::string& field, const toml::node& node) const {
   if (!node.is_table()) Raise(field, node, "a table is needed");
   return {complaint_, *node.as_table(), Full(field), LineOf(node)};

@@ -41,6 +41,8 @@ class Fields {
   std::vector<std::string> Texts(const std::string& field);
   /// Empty when the field is missing.
   std::vector<std::string> TextsOrNone(const std::string& field);
+  /// Empty when the field is missing.
+  std::vector<uint32_t> NumbersOrNone(const std::string& field, int64_t most = kLargest);
   /// A table in this one.
   Fields Table(const std::string& field, const toml::node& node) const;
   /// [[field]]; empty when there is none.

@@ -11,6 +11,7 @@
 #include "sim/MachineFields.h"
 #include "sim/ShortForm.h"
 #include "sim/Topology.h"
+#include "sim/faces/AmdDriver.h"
 #include "sim/faces/ChangeSettings.h"
 
 namespace sim {
@@ -82,6 +83,7 @@ Adapter ReadAdapter(Fields fields) {
   if (fields.Find("hybrid_mode") != nullptr) {
     adapter.nvidia_hybrid_mode = fields.Number("hybrid_mode");
   }
+  adapter.amd = ReadAmdDriver(&fields);
   fields.RefuseTheRest();
   return adapter;
 }
@@ -184,6 +186,7 @@ Connector ReadConnector(Fields fields, const Model& model) {
   if (fields.Find("nvidia_connector") != nullptr) {
     connector.nvidia_connector_type = fields.Number("nvidia_connector");
   }
+  connector.amd = ReadAmdOutput(&fields);
   const toml::node* monitor = fields.Find("monitor");
   if (monitor != nullptr) connector.monitor = ReadMonitor(fields.Table("monitor", *monitor));
   fields.RefuseTheRest();

@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace sim {
@@ -34,6 +35,39 @@ struct WindowsVersion {
   bool HasDisplayConfig() const { return major > 6 || (major == 6 && minor >= 1); }
 };
 
+/// One picture across several displays of an AMD adapter, as its driver keeps it ("SLS map").
+struct AmdSlsMap {
+  uint32_t rows = 1;
+  uint32_t columns = 2;
+  std::vector<std::string> connectors;  // row by row
+  std::vector<DisplayMode> native;      // sizes of the whole picture
+  std::vector<DisplayMode> bezel;
+  std::vector<DisplayMode> transient;
+};
+
+/// What AMD's driver brought with it, and what it says.
+struct AmdDriver {
+  bool adl_library = true;                   // atiadlxx.dll lies in the system folder
+  std::string adl_version = "8.14.10.1120";  // its file version; "": it has none
+  bool legacy_library = true;                // AtiPdl64.dll
+  std::vector<uint32_t> adl_indices;         // iAdapterIndex by source; empty: in order
+  uint32_t powerxpress = 0;                  // version of PowerXpress; 0: none
+  uint32_t active_gpu = 2;                   // with PowerXpress: 1 integrated, 2 discrete
+  uint32_t switching_capability = 0;         // 1: the driver refuses to switch
+  /// Ways of laying several displays out as one: rows and columns.
+  std::vector<std::pair<uint32_t, uint32_t>> sls_grids;
+  std::vector<AmdSlsMap> sls_maps;
+};
+
+/// An output as AMD's libraries tell of it, where that is not what goes with its technology.
+struct AmdOutput {
+  std::optional<uint32_t> display_type;   // ADL: iDisplayType
+  std::optional<uint32_t> connector;      // ADL: iDisplayConnector
+  std::optional<uint32_t> display_index;  // ADL: iDisplayLogicalIndex
+  std::optional<uint32_t> legacy_type;    // legacy: EnumDisplays
+  std::optional<uint32_t> legacy_kind;    // legacy: ATIDL_DisplayGetDeviceConfig
+};
+
 /// A graphics adapter as SetupAPI and EnumDisplayDevices list it.
 struct Adapter {
   std::string name;         // "Intel(R) HD Graphics"
@@ -54,6 +88,7 @@ struct Adapter {
   // What NVIDIA's driver says of a notebook with two adapters.
   uint32_t nvidia_coproc_status = 0;           // 0: the outputs hang on this adapter alone
   std::optional<uint32_t> nvidia_hybrid_mode;  // which adapter leads; absent: it does not tell
+  AmdDriver amd;
 };
 
 /// A monitor or panel that hangs on a connector.
@@ -83,6 +118,7 @@ struct Connector {
   // technology, and the name by its place among those of its kind.
   std::optional<std::string> nvidia_moniker;  // "#DA"
   std::optional<uint32_t> nvidia_display_type;
+  AmdOutput amd;
 };
 
 /// What CDS_NORESET stored for a display device and the next commit takes up.

@@ -39,7 +39,7 @@ constexpr RealImports kRealImports[] = {
      " MultiByteToWideChar WideCharToMultiByte IsDBCSLeadByteEx lstrlenA lstrcmpA lstrcmpiA "},
     // The C run-time: memory and text. What only computes may stand here before anybody needs it.
     {"msvcrt.dll",
-     " malloc calloc realloc free _aligned_malloc _aligned_free _msize memchr memcmp memcpy"
+     " malloc calloc realloc _aligned_malloc _aligned_free _msize memchr memcmp memcpy"
      " memmove memset memcpy_s memmove_s strcat strchr strcmp strcoll strcpy strcspn strerror"
      " strlen strncat strncmp strncpy strpbrk strrchr strspn strstr strtok strxfrm _strdup"
      " _stricmp _strnicmp _strlwr _strupr strcpy_s strcat_s strncpy_s strnlen wcscat wcschr"
@@ -74,10 +74,10 @@ constexpr RealImports kRealImports[] = {
      " wcrtomb _purecall "},
     // Shell and window helpers that only compute.
     {"shell32.dll", " CommandLineToArgvW "},
-    {"shlwapi.dll", " PathFileExistsA PathRemoveBackslashW PathRemoveFileSpecW "},
+    {"shlwapi.dll", " PathAppendA PathCombineA PathRemoveBackslashW PathRemoveFileSpecW "},
     {"user32.dll", " PtInRect "},
-    // Version resources of files in the host's folder.
-    {"version.dll", " GetFileVersionInfoSizeW GetFileVersionInfoW VerQueryValueW "},
+    // Within a version resource.
+    {"version.dll", " VerQueryValueW "},
 };
 
 constexpr const char* kSystemModules[] = {

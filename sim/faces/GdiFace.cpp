@@ -1,10 +1,12 @@
 // GDI and flat GDI+: real work, counted, faultable and kept in the ledger. Beside it a book of
 // which picture file went into which bitmap, so that a test can tell what a person would see.
 #include <algorithm>
+#include <optional>
 #include <string>
 
 #include "Common/Win.h"
 #include "sim/MachineState.h"
+#include "sim/Topology.h"
 #include "sim/faces/Counted.h"
 
 // The GDI+ headers want these two, which Win.h leaves out, and the min and max of old.
@@ -73,10 +75,24 @@ HDC WINAPI FakeCreateCompatibleDC(HDC dc) {
   return Take(kDc, CreateCompatibleDC(dc));
 }
 
+// Devices are the model's, which Wine need not have: what shows a desktop can be drawn on.
+HDC ContextOfDevice(LPCSTR driver, LPCSTR device, LPCSTR port, const DEVMODEA* mode) {
+  const std::string name = device != nullptr ? device : "";
+  if (name.rfind("\\\\.\\", 0) != 0) return CreateDCA(driver, device, port, mode);
+  const Model& model = State().model;
+  const std::optional<size_t> source = FindSource(model, name);
+  if (!source || !IsAttached(model, *source)) return nullptr;
+  return CreateDCA("DISPLAY", nullptr, port, mode);
+}
+
 HDC WINAPI FakeCreateDCA(LPCSTR driver, LPCSTR device, LPCSTR port, const DEVMODEA* mode) {
   Call call("CreateDCA");
   if (call.Fails()) return Refuse<HDC>(call);
-  return Take(kDc, CreateDCA(driver, device, port, mode));
+  const auto text = [](LPCSTR given) { return given != nullptr ? given : "null"; };
+  const HDC dc = Take(kDc, ContextOfDevice(driver, device, port, mode));
+  call.Read(dc != nullptr ? 1 : 0, "driver=%s device=%s port=%s%s", text(driver), text(device),
+            text(port), mode != nullptr ? " mode" : "");
+  return dc;
 }
 
 BOOL WINAPI FakeDeleteDC(HDC dc) {

@@ -9,6 +9,7 @@
 #include "sim/MachineState.h"
 #include "sim/Patcher.h"
 #include "sim/RealImports.h"
+#include "sim/faces/AmdDriver.h"
 
 namespace sim {
 namespace {
@@ -25,6 +26,7 @@ std::string BaseName(const std::string& path) {
 }
 
 InventedModule* FindInvented(const std::string& path) {
+  BringAmdLibraries(State());
   auto& invented = State().invented;
   auto found = invented.find(LowerCase(path));
   if (found == invented.end()) found = invented.find(BaseName(path));

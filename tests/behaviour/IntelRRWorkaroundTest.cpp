@@ -218,8 +218,8 @@ TEST_F(IntelRRObject, WithoutAnObjectDoesNothing) {
   host.machine.SetCommandLine(L"host.exe --enable-dcheck");
   Install(HdmiAt(58));
   Workaround();
-  host.machine.model().adapters[0].hardware_id = "PCI\\VEN_1002&DEV_6841";  // without a back-end
-  host.ostrel().white_box().factory->InstallMonitor(nullptr, kVendorAmd);
+  host.ostrel().white_box().factory->RefuseIntelObjects();
+  host.ostrel().white_box().factory->InstallMonitor(nullptr, kVendorIntel);
   host.ForgetLog();
   Workaround()->AdjustRefreshRate();
   EXPECT_EQ(host.machine.TakeJournal(), "");

@@ -94,8 +94,8 @@ BOOL SessionBench::Ready(IMMonitor* object, uint16_t vendor) {
 }
 
 void SessionBench::LoseObject() {
-  machine.model().adapters[0].hardware_id = "PCI\\VEN_1002&DEV_6841";
-  ostrel_->white_box().factory->InstallMonitor(nullptr, static_cast<uint16_t>(kVendorAmd));
+  ostrel_->white_box().factory->RefuseIntelObjects();
+  ostrel_->white_box().factory->InstallMonitor(nullptr, static_cast<uint16_t>(kVendorIntel));
 }
 
 std::string SessionBench::Items() {

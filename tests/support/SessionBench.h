@@ -50,8 +50,8 @@ class SessionBench {
   /// The two halves of Start.
   void Load();
   BOOL Ready(IMMonitor* object, uint16_t vendor);
-  /// From here on there is no display object, and none is made: the adapter has become one whose
-  /// vendor has no back-end.
+  /// From here on there is no display object, and none can be made. For machines with one adapter,
+  /// Intel's.
   void LoseObject();
 
   sim::Library& ostrel() { return *ostrel_; }

@@ -40,6 +40,12 @@ void Reset() {
   MMObjectFactory::m_probeNvidia = 1;
 }
 
+void RefuseIntelObjects() {
+  static BackendStandIns stand_ins;
+  stand_ins.NewIntelMMImpl = []() -> IMMonitor* { return nullptr; };
+  UseBackendStandIns(&stand_ins);
+}
+
 const FactoryBox kBox = {
     GetMultiMonitorObject,
     OnActiveDisplayAdapterVendorChanged,
@@ -63,6 +69,7 @@ const FactoryBox kBox = {
     State,
     Reset,
     UseBackendStandIns,
+    RefuseIntelObjects,
     NewWatchedWin7CCD,
     CreateAMDObject,
     PiecesOut,

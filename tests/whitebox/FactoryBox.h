@@ -55,6 +55,8 @@ struct FactoryBox {
   /// Ends the factory's objects and puts its state back to that of a library just loaded.
   void (*Reset)();
   void (*UseBackendStandIns)(const BackendStandIns* stand_ins);
+  /// A stand-in of its own: from now on no Intel object can be had, the factory gets null.
+  void (*RefuseIntelObjects)();
   Win7CCD* (*NewWatchedWin7CCD)(const CcdWatch* watch);
   IMMonitor* (*CreateAMDObject)();
   /// How many pieces of memory the library holds now.

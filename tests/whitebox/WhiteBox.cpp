@@ -4,6 +4,7 @@ extern "C" __declspec(dllexport) const WhiteBox* Ostrel_WhiteBox() {
   static const WhiteBox box = {GetFoundationBox(), GetCoreBox(),       GetFactoryBox(),
                                GetSessionBox(),    GetIdentityBox(),   GetPolicyBox(),
                                GetProjectorBox(),  GetWorkaroundBox(), GetIntelBox(),
-                               GetNvidiaBox(),     GetHybridBox(),     GetNvidiaPanelBox()};
+                               GetNvidiaBox(),     GetHybridBox(),     GetNvidiaPanelBox(),
+                               GetAtiBox(),        GetAmdBox()};
   return &box;
 }

@@ -3,6 +3,8 @@
 // build links tests/whitebox/*.cpp.
 #pragma once
 
+#include "tests/whitebox/AmdBox.h"
+#include "tests/whitebox/AtiBox.h"
 #include "tests/whitebox/CoreBox.h"
 #include "tests/whitebox/FactoryBox.h"
 #include "tests/whitebox/FoundationBox.h"
@@ -29,6 +31,8 @@ struct WhiteBox {
   const NvidiaBox* nvidia;
   const HybridBox* hybrid;
   const NvidiaPanelBox* nvidia_panel;
+  const AtiBox* ati;
+  const AmdBox* amd;
 };
 
 /// The white-box build's one export more, "Ostrel_WhiteBox".

@@ -3,6 +3,9 @@
 #include <memory>
 #include <new>
 
+#include "Common/MultiMonitor/Amd/ADLImpl.h"
+#include "Common/MultiMonitor/Amd/AdlSelection.h"
+#include "Common/MultiMonitor/Amd/AtiMMImpl.h"
 #include "Common/MultiMonitor/Hybrid/HybridController.h"
 #include "Common/MultiMonitor/Intel/IntelMMImpl.h"
 #include "Common/MultiMonitor/Nvidia/NvApi.h"
@@ -17,10 +20,9 @@ bool CanControlHDMIMonitor(IMMonitor* intel) {
   return object != nullptr && object->CanControlHDMIMonitor();
 }
 
-// No AMD back-ends yet: a machine that needs one has none, and no ADL library is used.
-IMMonitor* NewADLImpl() { return nullptr; }
-IMMonitor* NewAtiMMImpl() { return nullptr; }
-bool AdlLibraryQualifies() { return false; }
+IMMonitor* NewADLImpl() { return new (std::nothrow) ADLImpl(); }
+IMMonitor* NewAtiMMImpl() { return new (std::nothrow) AtiMMImpl(); }
+bool AdlLibraryQualifies() { return IsAdlAcceptable(); }
 
 // No SiS and no VIA back-end yet: a machine that needs one has none.
 IMMonitor* NewSisMMImpl() { return nullptr; }

@@ -1,0 +1,108 @@
+// Presses of the hotkey on AMD notebooks that their older library serves: a driver whose display
+// library is too old, and Windows XP, which has none.
+#include <sstream>
+
+#include "tests/session/Story.h"
+
+namespace {
+
+class AmdLegacyStory : public Story {
+ protected:
+  void OnAmd(const std::string& notebook) {
+    OnFile(notebook);
+    // The story's own set-up prefers the operating system's display configuration.
+    machine->Config("Settings", "Prefer Windows 7 CCD API", 0);
+    machine->Config("Settings", "Restore Display Settings After Switch", 0);
+  }
+
+  /// The changes that the library was asked for since the last call.
+  std::string TakeSets() {
+    std::istringstream lines(machine->TakeJournal());
+    std::string kept;
+    for (std::string line; std::getline(lines, line);) {
+      const bool set = line.rfind("ATIDL_", 0) == 0 || line.rfind("EnableExtendedDesktop", 0) == 0;
+      if (set) kept += line + "\n";
+    }
+    return kept;
+  }
+  /// One such change: the arrangement, the number of its vectors, and the first two.
+  static std::string Set(const std::string& arrangement, const std::string& vectors,
+                         const std::string& result = "0") {
+    return "ATIDL_SetConfigurationEx(adapter=0 size=64 arrangement=" + arrangement +
+           " vectors=" + vectors + ",0,0,0,0,0 rest=0,0,0,0,0,0)=" + result + "\n";
+  }
+  void ExpectExtendedAndBack(const std::string& desktops) {
+    Choose("Extend.png");
+    EXPECT_EQ(machine->Topology(), "extend internal+crt");
+    EXPECT_EQ(Desktops(), desktops);
+    EXPECT_EQ(TakeSets(), Set("5 count=2", "1,2"));
+    Look();
+    EXPECT_EQ(Highlighted(), "Extend.png");
+    Choose("NB.png");
+    EXPECT_EQ(machine->Topology(), "single internal");
+    EXPECT_EQ(TakeSets(), Set("3 count=1", "1,0"));
+    Look();
+    EXPECT_EQ(Highlighted(), "NB.png");
+  }
+};
+
+// --- A display library of version 1049.
+
+class AmdLegacyPair : public AmdLegacyStory {
+ protected:
+  void SetUp() override { OnAmd("amd-legacy-panel-crt"); }
+};
+
+TEST_F(AmdLegacyPair, PressToExtendedAndBack) {
+  StartProcess();
+  ExpectExtendedAndBack("internal 1366x768x32@60 at 0,0; crt 1280x1024x32@60 at 1366,0");
+  EndProcess();
+  EXPECT_EQ(machine->Outstanding(), "");
+}
+
+TEST_F(AmdLegacyPair, WindowsExtendsWhereTheLibraryRefuses) {
+  StartProcess();
+  machine->Fail("ATIDL_SetConfigurationEx", 1);
+  Choose("Extend.png");
+  EXPECT_EQ(TakeSets(), Set("5 count=2", "1,2", "7"));
+  EXPECT_EQ(machine->Topology(), "extend internal+crt");
+  Look();
+  EXPECT_EQ(Highlighted(), "Extend.png");
+}
+
+TEST_F(AmdLegacyPair, PressFromExtendedToClone) {
+  StartProcess();
+  Choose("Extend.png");
+  TakeSets();
+  Choose("NB-CRT.png");
+  EXPECT_EQ(machine->Topology(), "clone internal+crt");
+  EXPECT_EQ(TakeSets(), Set("2 count=2", "1,2"));
+}
+
+// --- Windows XP.
+
+class AmdXpPair : public AmdLegacyStory {
+ protected:
+  void SetUp() override { OnAmd("xp-amd"); }
+};
+
+TEST_F(AmdXpPair, PressToExtendedAndBack) {
+  StartProcess();
+  ExpectExtendedAndBack("internal 1280x800x32@60 at 0,0; crt 1280x1024x32@60 at 1280,0");
+  EndProcess();
+  EXPECT_EQ(machine->Outstanding(), "");
+}
+
+TEST_F(AmdXpPair, PressToCloneAndToTheMonitor) {
+  StartProcess();
+  Choose("NB-CRT.png");
+  EXPECT_EQ(machine->Topology(), "clone internal+crt");
+  EXPECT_EQ(TakeSets(), Set("2 count=2", "1,2"));
+  Choose("CRT.png");
+  EXPECT_EQ(machine->Topology(), "single crt");
+  EXPECT_EQ(TakeSets(), Set("3 count=1", "2,0"));
+  Look();
+  EXPECT_EQ(Highlighted(), "CRT.png");
+}
+
+}  // namespace
