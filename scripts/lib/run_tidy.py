@@ -12,8 +12,10 @@ import glob
 import hashlib
 import json
 import os
+import re
 import subprocess
 import sys
+import tempfile
 
 TIDY = "clang-tidy-14"
 TARGET = "x86_64-w64-mingw32"
@@ -45,6 +47,12 @@ def own_files(database, source_folder):
     return own
 
 
+def without_precompiled_headers(database):
+    """The same commands, each file read with what it includes itself: clang cannot read what GCC has compiled."""
+    return [{**entry, "command": re.sub(r" -Winvalid-pch| -include \S*/cmake_pch\.hxx", "", entry["command"])}
+            for entry in database]
+
+
 def digest_of(paths):
     digest = hashlib.sha256()
     for path in sorted(paths):
@@ -73,7 +81,11 @@ def main():
 
     source_folder = os.path.realpath(options.source_folder)
     with open(os.path.join(options.build_folder, "compile_commands.json"), encoding="utf-8") as file:
-        files = own_files(json.load(file), source_folder)
+        database = without_precompiled_headers(json.load(file))
+    files = own_files(database, source_folder)
+    plain_folder = tempfile.TemporaryDirectory()
+    with open(os.path.join(plain_folder.name, "compile_commands.json"), "w", encoding="utf-8") as file:
+        json.dump(database, file)
     os.makedirs(options.cache_folder, exist_ok=True)
     state = common_state(source_folder)
     extra = arguments()
@@ -86,7 +98,7 @@ def main():
         mark = os.path.join(options.cache_folder, key)
         if os.path.exists(mark):
             return name, True, ""
-        run = subprocess.run([TIDY, "-p", options.build_folder, "--quiet", *extra, path], capture_output=True, text=True,
+        run = subprocess.run([TIDY, "-p", plain_folder.name, "--quiet", *extra, path], capture_output=True, text=True,
                              check=False)
         if run.returncode == 0:
             with open(mark, "w", encoding="ascii"):
