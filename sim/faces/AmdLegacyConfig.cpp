@@ -122,7 +122,7 @@ AmdLegacyResult SetLegacyConfig(Model& model, uint32_t adapter, const AmdRecord&
   for (uint32_t i = 0; i < count; ++i) {
     size_t connector = 0;
     const AmdLegacyResult result =
-        ConnectorOfVector(model, gpu, record.Get(kVectorsAt + 4 * i), &connector);
+        ConnectorOfVector(model, gpu, record.Get(kVectorsAt + size_t{4} * i), &connector);
     if (result != kLegacySuccess) return result;
     desktops[arrangement == kExtended ? i : 0].connectors.push_back(connector);
   }

@@ -11,7 +11,7 @@ namespace {
 // "8.14.10.1120", or nothing for a file without a version.
 std::string ReadVersion(Fields* fields, const std::string& usual) {
   const std::string field = "adl_version";
-  const std::string text = fields->TextOr(field, usual);
+  std::string text = fields->TextOr(field, usual);
   if (text.empty()) return text;
   unsigned numbers[4] = {};
   int length = 0;
@@ -25,7 +25,7 @@ std::string ReadVersion(Fields* fields, const std::string& usual) {
 
 std::vector<uint32_t> ReadIndices(Fields* fields) {
   const std::string field = "adl_indices";
-  const std::vector<uint32_t> indices = fields->NumbersOrNone(field, 255);
+  std::vector<uint32_t> indices = fields->NumbersOrNone(field, 255);
   if (std::set<uint32_t>(indices.begin(), indices.end()).size() != indices.size()) {
     fields->Raise(field, "each index stands for one adapter");
   }

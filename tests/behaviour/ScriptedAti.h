@@ -40,7 +40,7 @@ class ScriptedAti {
     return words;
   }
   /// Writes such a record for the caller, with this result.
-  static Operation Answer(Words words, int32_t result = 0) {
+  static Operation Answer(const Words& words, int32_t result = 0) {
     return [words, result](Words* record) {
       std::copy(words.begin(), words.end(), record->begin());
       return result;

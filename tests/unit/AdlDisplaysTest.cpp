@@ -78,7 +78,7 @@ TEST(AdlConnector, OnlyEightBitsAreSeen) {
 }
 
 TEST(AdlConnector, DviAndHdmiAreThoseInUse) {
-  const auto found = [](uint32_t display, std::vector<ADLDisplayInfo> infos) {
+  const auto found = [](uint32_t display, const std::vector<ADLDisplayInfo>& infos) {
     return AdlConnectorOfDisplays(display, ListOf(infos));
   };
   EXPECT_EQ(found(kDvi, {Info(3, 2, 0, 0), Info(3, 3)}), 3);
