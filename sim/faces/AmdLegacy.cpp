@@ -194,29 +194,29 @@ uint32_t WINAPI SetConfigurationEx(uint32_t adapter, void* config) {
       call.Changed(result, "adapter=%u %s", adapter, DescribeLegacyConfig(record).c_str()));
 }
 
+// The two calls of the adapter's configuration: `apply` reads the record or fills it.
+template <typename Apply>
+uint32_t WithAdapterConfig(Call* call, void* config, Apply apply, std::string* text) {
+  uint32_t result = call->Fails() ? FaultOf(*call) : kLegacySuccess;
+  if (result == kLegacySuccess && config == nullptr) result = kLegacyBadArgument;
+  *text = "null";
+  if (config == nullptr) return result;
+  const AmdRecord record(config, kLegacyAdapterConfigSize);
+  *text = DescribeLegacyAdapterConfig(record);
+  return result == kLegacySuccess ? apply(CurrentModel(), record) : result;
+}
+
 uint32_t WINAPI GetAdapterConfig(void* config) {
   Call call("ATIDL_GetAdapterConfig");
-  uint32_t result = call.Fails() ? FaultOf(call) : kLegacySuccess;
-  if (result == kLegacySuccess && config == nullptr) result = kLegacyBadArgument;
-  std::string text = "null";
-  if (config != nullptr) {
-    const AmdRecord record(config, kLegacyAdapterConfigSize);
-    text = DescribeLegacyAdapterConfig(record);
-    if (result == kLegacySuccess) result = GetLegacyAdapterConfig(CurrentModel(), record);
-  }
+  std::string text;
+  const uint32_t result = WithAdapterConfig(&call, config, GetLegacyAdapterConfig, &text);
   return static_cast<uint32_t>(call.Read(result, "%s", text.c_str()));
 }
 
 uint32_t WINAPI SetAdapterConfig(void* config) {
   Call call("ATIDL_SetAdapterConfig");
-  uint32_t result = call.Fails() ? FaultOf(call) : kLegacySuccess;
-  if (result == kLegacySuccess && config == nullptr) result = kLegacyBadArgument;
-  std::string text = "null";
-  if (config != nullptr) {
-    const AmdRecord record(config, kLegacyAdapterConfigSize);
-    text = DescribeLegacyAdapterConfig(record);
-    if (result == kLegacySuccess) result = SetLegacyAdapterConfig(CurrentModel(), record);
-  }
+  std::string text;
+  const uint32_t result = WithAdapterConfig(&call, config, SetLegacyAdapterConfig, &text);
   return static_cast<uint32_t>(call.Changed(result, "%s", text.c_str()));
 }
 

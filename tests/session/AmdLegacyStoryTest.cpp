@@ -1,6 +1,5 @@
 // Presses of the hotkey on AMD notebooks that their older library serves: a driver whose display
 // library is too old, and Windows XP, which has none.
-#include <sstream>
 
 #include "tests/session/Story.h"
 
@@ -10,21 +9,12 @@ class AmdLegacyStory : public Story {
  protected:
   void OnAmd(const std::string& notebook) {
     OnFile(notebook);
-    // The story's own set-up prefers the operating system's display configuration.
-    machine->Config("Settings", "Prefer Windows 7 CCD API", 0);
+    ThroughTheVendor();
     machine->Config("Settings", "Restore Display Settings After Switch", 0);
   }
 
   /// The changes that the library was asked for since the last call.
-  std::string TakeSets() {
-    std::istringstream lines(machine->TakeJournal());
-    std::string kept;
-    for (std::string line; std::getline(lines, line);) {
-      const bool set = line.rfind("ATIDL_", 0) == 0 || line.rfind("EnableExtendedDesktop", 0) == 0;
-      if (set) kept += line + "\n";
-    }
-    return kept;
-  }
+  std::string TakeSets() { return TakeLines({"ATIDL_", "EnableExtendedDesktop"}); }
   /// One such change: the arrangement, the number of its vectors, and the first two.
   static std::string Set(const std::string& arrangement, const std::string& vectors,
                          const std::string& result = "0") {

@@ -1,7 +1,6 @@
 // Presses of the hotkey on AMD notebooks that switch through their own driver: the library as it
 // ships, the driver's libraries of the simulated machine.
 #include <algorithm>
-#include <sstream>
 
 #include "sim/faces/AmdDriver.h"
 #include "tests/session/Story.h"
@@ -15,20 +14,12 @@ class AmdStory : public Story {
  protected:
   void OnAmd(const std::string& notebook) {
     OnFile(notebook);
-    // The story's own set-up prefers the operating system's display configuration.
-    machine->Config("Settings", "Prefer Windows 7 CCD API", 0);
+    ThroughTheVendor();
     machine->Config("Settings", "Restore Display Settings After Switch", 0);
   }
 
   /// The display library's lines since the last call.
-  std::string TakeSets() {
-    std::istringstream lines(machine->TakeJournal());
-    std::string kept;
-    for (std::string line; std::getline(lines, line);) {
-      if (line.rfind("ADL_", 0) == 0) kept += line + "\n";
-    }
-    return kept;
-  }
+  std::string TakeSets() { return TakeLines({"ADL_"}); }
   bool LogHas(const char* text) const { return machine->Log().find(text) != std::string::npos; }
 };
 

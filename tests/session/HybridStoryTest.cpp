@@ -1,6 +1,5 @@
 // Presses of the hotkey on notebooks with two adapters: the panel and CRT on Intel's, DisplayPort
 // and HDMI on NVIDIA's. The library as it ships, both drivers of the simulated machine.
-#include <sstream>
 
 #include "tests/session/Story.h"
 
@@ -43,14 +42,7 @@ class HybridStory : public Story {
   }
 
   /// The journal since the last call without the notifications to the host.
-  std::string TakeChanges() {
-    std::istringstream lines(machine->TakeJournal());
-    std::string kept;
-    for (std::string line; std::getline(lines, line);) {
-      if (line.rfind("PostMessageA", 0) != 0) kept += line + "\n";
-    }
-    return kept;
-  }
+  std::string TakeChanges() { return TakeLinesBut("PostMessageA"); }
   void RestoreNothing() { machine->Config("Settings", "Restore Display Settings After Switch", 0); }
 };
 

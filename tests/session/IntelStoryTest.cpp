@@ -35,28 +35,13 @@ class IntelStory : public Story {
  protected:
   void OnIntel(const std::string& text) {
     On(text);
-    // The story's own set-up prefers the operating system's display configuration.
-    machine->Config("Settings", "Prefer Windows 7 CCD API", 0);
+    ThroughTheVendor();
   }
 
   /// The journal since the last call without the notifications to the host.
-  std::string TakeChanges() {
-    std::istringstream lines(machine->TakeJournal());
-    std::string kept;
-    for (std::string line; std::getline(lines, line);) {
-      if (line.rfind("PostMessageA", 0) != 0) kept += line + "\n";
-    }
-    return kept;
-  }
+  std::string TakeChanges() { return TakeLinesBut("PostMessageA"); }
   /// The driver's lines alone.
-  std::string TakeDriverCalls() {
-    std::istringstream lines(machine->TakeJournal());
-    std::string kept;
-    for (std::string line; std::getline(lines, line);) {
-      if (line.rfind("ICUIExternal8::", 0) == 0) kept += line + "\n";
-    }
-    return kept;
-  }
+  std::string TakeDriverCalls() { return TakeLines({"ICUIExternal8::"}); }
 };
 
 // --- Two displays.

@@ -1,6 +1,5 @@
 // Presses of the hotkey on notebooks that switch through NVIDIA's driver: the library as it ships,
 // its own calls, the driver of the simulated machine.
-#include <sstream>
 
 #include "ostrel/ostrel.h"
 #include "sim/faces/NvidiaDriver.h"
@@ -32,23 +31,13 @@ class NvidiaStory : public Story {
  protected:
   void OnNotebook(const std::string& file) {
     OnFile(file);
-    // The story's own set-up prefers the operating system's display configuration.
-    machine->Config("Settings", "Prefer Windows 7 CCD API", 0);
+    ThroughTheVendor();
   }
   void TearDown() override {
     if (ostrel) ostrel->DeInitExtendMode();
     Story::TearDown();
   }
 
-  /// The lines since the last call that begin so.
-  std::string TakeLines(const std::string& beginning) {
-    std::istringstream lines(machine->TakeJournal());
-    std::string kept;
-    for (std::string line; std::getline(lines, line);) {
-      if (line.rfind(beginning, 0) == 0) kept += line + "\n";
-    }
-    return kept;
-  }
   /// The mask and the number of displays.
   std::string Connected() {
     EXPECT_TRUE(ostrel->InitExtendMode());
@@ -60,7 +49,7 @@ class NvidiaStory : public Story {
   void SwitchTo(const Switch& item, const std::string& function) {
     machine->TakeJournal();
     Choose(item.picture);
-    EXPECT_EQ(TakeLines("NvAPI_"), function + "(" + item.driver + ")=0\n") << item.picture;
+    EXPECT_EQ(TakeLines({"NvAPI_"}), function + "(" + item.driver + ")=0\n") << item.picture;
     EXPECT_EQ(machine->Topology(), item.topology);
     EXPECT_EQ(Desktops(), item.desktops);
     Look();
@@ -160,7 +149,7 @@ TEST_P(NvidiaNotebook, ReportsItsDisplaysAndOffersTheirItems) {
   EXPECT_EQ(ostrel->GetVgaVendor(), OSTREL_VENDOR_NVIDIA);
   EXPECT_EQ(Look(), GetParam().offered);
   EXPECT_EQ(machine->Topology(), "single internal");
-  EXPECT_EQ(TakeLines("NvAPI_"), "");
+  EXPECT_EQ(TakeLines({"NvAPI_"}), "");
 }
 
 TEST_P(NvidiaNotebook, GoesToEachItemAndBack) {
@@ -267,7 +256,7 @@ TEST_F(NvidiaVista, ExtendedDesktopFromALargerMonitorAloneIsRefused) {
   Choose("CRT.png");
   machine->TakeJournal();
   Choose("Extend.png");
-  EXPECT_EQ(TakeLines("NvAPI_"),
+  EXPECT_EQ(TakeLines({"NvAPI_"}),
             "NvAPI_SetViewEx(handle=1 view=4 paths=[[mask=0x10000 1280x1024x32@60 source=0 gdi] "
             "[mask=0x1 1024x768x32@60 source=0 at 1280,0]])=-1\n");
   EXPECT_EQ(machine->Topology(), "single crt");
@@ -324,7 +313,7 @@ TEST_F(Integrated, IntelsDriverSwitchesAndNvidiasOnlyAnswers) {
       EXPECT_EQ(machine->Topology(), one.topology);
       EXPECT_EQ(Desktops(), one.desktops);
       EXPECT_EQ(machine->Journal().find("NvAPI_"), std::string::npos);
-      EXPECT_NE(TakeLines("ICUIExternal8::ChangeActiveDevices("), "");
+      EXPECT_NE(TakeLines({"ICUIExternal8::ChangeActiveDevices("}), "");
     }
   }
   EXPECT_GE(machine->Calls("NvAPI_GetHybridMode"), 1u);

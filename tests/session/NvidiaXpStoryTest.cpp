@@ -1,6 +1,5 @@
 // Presses of the hotkey on old NVIDIA notebooks: the library as it ships, NVAPI and the control
 // panel's library of the simulated driver, and the program that the switch starts.
-#include <sstream>
 
 #include "sim/MachineState.h"
 #include "sim/faces/NvCplDriver.h"
@@ -12,15 +11,7 @@ namespace {
 class NvidiaXpStory : public Story {
  protected:
   /// The programs that were started since the last call, and what they did.
-  std::string TakePrograms() {
-    std::istringstream lines(machine->TakeJournal());
-    std::string kept;
-    for (std::string line; std::getline(lines, line);) {
-      const bool program = line.rfind("CreateProcessA", 0) == 0 || line.rfind("dtcfg", 0) == 0;
-      if (program) kept += line + "\n";
-    }
-    return kept;
-  }
+  std::string TakePrograms() { return TakeLines({"CreateProcessA", "dtcfg"}); }
   static std::string Shown(const std::string& view) {
     return "CreateProcessA(rundll32.exe NvCpl.DLL,dtcfg setview 0 " + view +
            ")=1\ndtcfg(setview 0 " + view + ")=1\n";

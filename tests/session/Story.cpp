@@ -34,6 +34,7 @@ void Story::On(const std::string& text) { Take(std::make_unique<sim::Machine>(te
 void Story::OnFile(const std::string& notebook) {
   Take(sim::Machine::FromFile(MachineFile(notebook)));
 }
+void Story::ThroughTheVendor() { machine->Config("Settings", "Prefer Windows 7 CCD API", 0); }
 
 void Story::Plug(const char* connector, const char* name, uint32_t width, uint32_t height) {
   machine->Plug(connector, sim::MakeMonitor(name, width, height));
@@ -144,6 +145,26 @@ std::string Story::Desktops() const {
         << source.mode.frequency << " at " << source.x << "," << source.y;
   }
   return out.str();
+}
+
+std::string Story::TakeLines(const std::vector<std::string>& beginnings) {
+  return TakeLinesThat([&](const std::string& line) {
+    return std::any_of(beginnings.begin(), beginnings.end(),
+                       [&](const std::string& start) { return line.rfind(start, 0) == 0; });
+  });
+}
+
+std::string Story::TakeLinesBut(const std::string& beginning) {
+  return TakeLinesThat([&](const std::string& line) { return line.rfind(beginning, 0) != 0; });
+}
+
+std::string Story::TakeLinesThat(const std::function<bool(const std::string&)>& wanted) {
+  std::istringstream lines(machine->TakeJournal());
+  std::string kept;
+  for (std::string line; std::getline(lines, line);) {
+    if (wanted(line)) kept += line + "\n";
+  }
+  return kept;
 }
 
 std::string Story::Remembered() const {

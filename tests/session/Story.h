@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,6 +30,8 @@ class Story : public testing::Test {
 
   void On(const std::string& text);          // the short form
   void OnFile(const std::string& notebook);  // a file of machines/, without its ending
+  /// Windows' own display configuration, which a story prefers otherwise, is left to the factory.
+  void ThroughTheVendor();
   void Plug(const char* connector, const char* name, uint32_t width, uint32_t height);
   /// Windows knows nothing any more of what it showed on which monitors, as after a new driver:
   /// whatever comes back then comes back from the library's memory.
@@ -53,6 +56,10 @@ class Story : public testing::Test {
 
   // --- What came of it.
 
+  /// The journal's lines since the last look at it: those that begin like one of these, or those
+  /// that do not.
+  std::string TakeLines(const std::vector<std::string>& beginnings);
+  std::string TakeLinesBut(const std::string& beginning);
   /// The desktops from left to right: "internal 1366x768x32@60 at 0,0; crt ...".
   std::string Desktops() const;
   /// The whole Ostrel.ini, without the blank lines that Windows puts between sections; "" when
@@ -64,6 +71,7 @@ class Story : public testing::Test {
 
  private:
   void Take(std::unique_ptr<sim::Machine> taken);
+  std::string TakeLinesThat(const std::function<bool(const std::string&)>& wanted);
 
   size_t notifications_seen_ = 0;
 };
