@@ -8,6 +8,8 @@
 namespace sim {
 namespace {
 
+thread_local uint64_t t_calls = 0;
+
 std::string Line(const char* function, int64_t result, const char* format, va_list arguments) {
   va_list again;
   va_copy(again, arguments);
@@ -22,6 +24,7 @@ std::string Line(const char* function, int64_t result, const char* format, va_li
 }  // namespace
 
 Call::Call(const char* function) : function_(function) {
+  ++t_calls;
   const std::optional<uint32_t> fault = Machine::Current().state().faults.OnCall(function);
   fails_ = fault.has_value();
   code_ = fault.value_or(0);
@@ -44,6 +47,8 @@ int64_t Call::Read(int64_t result, const char* format, ...) {
   va_end(arguments);
   return result;
 }
+
+uint64_t CallsOfThisThread() { return t_calls; }
 
 void JournalLine(const std::string& line) { Machine::Current().state().journal.Write(line); }
 

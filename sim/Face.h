@@ -78,8 +78,17 @@ class Call {
   uint32_t code_ = 0;
 };
 
+/// How many simulated calls the calling thread has made.
+uint64_t CallsOfThisThread();
+
 /// A line for the journal as it stands: "PostMessageA(id=1025 wparam=1 lparam=0)".
 void JournalLine(const std::string& line);
+
+/// The kinds of a thread's handle in the ledger: one that is to be closed, and that of a thread
+/// that holds a module until it ends. Nobody may be there any more to close the latter, and nobody
+/// does: closing one fails the test.
+constexpr char kThread[] = "thread";
+constexpr char kKeptThread[] = "kept thread";
 
 /// The ledger: `kind` is a word such as "device list", `what` the handle's number.
 void LedgerTake(const char* kind, const void* what);
@@ -111,5 +120,7 @@ const std::vector<Entry>& BasicStringFace();  // SysAllocString and its fellows
 const std::vector<Entry>& RunTimeFace();      // what the C run-time tells about the process
 const std::vector<Entry>& FilesFace();        // the system folder and the versions of its files
 const std::vector<Entry>& ClientHeapFace();   // free(): how vendors' buffers come back
+const std::vector<Entry>& StandardOutputFace();  // what is written to the process's standard output
+const std::vector<Entry>& EscapeFace();  // ExtEscape: what a display driver does on the side
 
 }  // namespace sim

@@ -20,6 +20,7 @@ constexpr FaceFunction kFaces[] = {
     ServicesFace,       PlayersFace,       ProfileFace,
     KeyboardFace,       BasicStringFace,   ThreadFace,
     ProcessFace,        FilesFace,         ClientHeapFace,
+    StandardOutputFace, EscapeFace,
 };
 
 constexpr const char* kNeverFailing[] = {
@@ -42,9 +43,18 @@ constexpr const char* kNeverFailing[] = {
     "SysFreeString",
     "SysStringLen",
     "clock",
+    "fflush",
+    "fprintf",
+    "fputc",
+    "fputs",
     "free",
+    "fwrite",
     "getenv",
     "keybd_event",
+    "printf",
+    "putchar",
+    "puts",
+    "vfprintf",
 };
 
 std::vector<const Entry*> Collect() {

@@ -163,6 +163,7 @@ void Library::Implementation::Unload() {
   if (!forgiven) ReportLeftTimers(timers);
   state.ledger.Settle();
   state.ledger.WriteOff(kLeftOnPurpose);
+  state.ledger.WriteOff(kKeptThread);
   const std::string outstanding = state.ledger.Outstanding();
   if (!outstanding.empty() && !forgiven) {
     ReportFailure("not given back by the unload of the DLL:\n" + outstanding);

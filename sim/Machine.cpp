@@ -14,9 +14,11 @@
 #include "sim/Topology.h"
 #include "sim/VirtualTime.h"
 #include "sim/faces/AmdDriver.h"
+#include "sim/faces/DisplayLink.h"
 #include "sim/faces/IntelDriver.h"
 #include "sim/faces/NvCplDriver.h"
 #include "sim/faces/NvidiaDriver.h"
+#include "sim/faces/SisDriver.h"
 
 namespace sim {
 namespace {
@@ -108,6 +110,9 @@ std::unique_ptr<Machine::State> NewState(Model model) {
   state->model = std::move(model);
   state->invented.emplace(kNvidiaLibrary, NvidiaLibrary());
   state->invented.emplace(kNvCplLibrary, NvCplLibrary());
+  state->invented.emplace(kSisLibrary, SisLibrary());
+  const std::string add_on = LowerCase(state->model.displaylink.file);
+  state->invented.emplace(add_on, DisplayLinkLibrary(state->model));
   state->root = NewRoot();
   state->host.folder = state->root + L"\\host";
   state->host.temp_folder = state->root + L"\\temp";
@@ -320,11 +325,15 @@ const std::vector<Notification>& Machine::Notifications() const { return state_-
 // --- Events on the machine.
 
 void Machine::Plug(const std::string& connector, const Monitor& monitor) {
-  PlugMonitor(state_->model, ConnectorNamed(state_->model, connector), monitor);
+  const size_t index = ConnectorNamed(state_->model, connector);
+  PlugMonitor(state_->model, index, monitor);
+  TellOfUsbDisplay(*this, index, kNivoDisplayAdded);
 }
 
 void Machine::Unplug(const std::string& connector) {
-  UnplugMonitor(state_->model, ConnectorNamed(state_->model, connector));
+  const size_t index = ConnectorNamed(state_->model, connector);
+  UnplugMonitor(state_->model, index);
+  TellOfUsbDisplay(*this, index, kNivoDisplayChanged);
 }
 
 void Machine::BroadcastDisplayChange() {

@@ -13,6 +13,7 @@
 #include "sim/Topology.h"
 #include "sim/faces/AmdDriver.h"
 #include "sim/faces/ChangeSettings.h"
+#include "sim/faces/DisplayLink.h"
 
 namespace sim {
 namespace {
@@ -77,6 +78,7 @@ Adapter ReadAdapter(Fields fields) {
   adapter.status_readable = fields.TruthOr("status_readable", adapter.status_readable);
   adapter.mirroring = fields.TruthOr("mirroring", adapter.mirroring);
   adapter.vendor_library = fields.TruthOr("vendor_library", adapter.vendor_library);
+  adapter.usb = fields.TruthOr("usb", adapter.usb);
   adapter.sources = fields.NumberOr("sources", adapter.sources, 16);
   adapter.heads = fields.NumberOr("heads", adapter.heads, 16);
   adapter.nvidia_coproc_status = fields.NumberOr("coproc_status", adapter.nvidia_coproc_status);
@@ -187,6 +189,7 @@ Connector ReadConnector(Fields fields, const Model& model) {
     connector.nvidia_connector_type = fields.Number("nvidia_connector");
   }
   connector.amd = ReadAmdOutput(&fields);
+  connector.nivo = ReadNivoOutput(&fields);
   const toml::node* monitor = fields.Find("monitor");
   if (monitor != nullptr) connector.monitor = ReadMonitor(fields.Table("monitor", *monitor));
   fields.RefuseTheRest();
@@ -297,6 +300,7 @@ Model ReadModel(Fields file) {
     model.connectors.push_back(ReadConnector(fields, model));
   }
   ReadPrograms(&file, &model);
+  ReadDisplayLink(&file, &model);
   ReadGroups(&file, "registry", "dword:", &model.registry);
   ReadGroups(&file, "config", "", &model.config);
   if (const toml::node* sound = file.Find("sound")) {

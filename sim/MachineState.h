@@ -19,6 +19,8 @@
 #include "sim/Model.h"
 #include "sim/Threads.h"
 #include "sim/VirtualTime.h"
+#include "sim/faces/DisplayLinkBook.h"
+#include "sim/faces/StandardOutput.h"
 
 namespace sim {
 
@@ -83,6 +85,8 @@ struct Machine::State {
   std::map<std::string, InventedModule> invented;  // by lower-case file name
   std::map<std::string, ComClass> com_classes;     // by lower-case program id
   ComRegistrations com_registrations;              // revoked with the machine
+  DisplayLinkBook displaylink;
+  StandardOutput standard_output;
   /// Handles without a kernel object behind them (a process snapshot, ...), with their kind in the
   /// ledger. CloseHandle lives in HandleFace and gives these back to the ledger instead of asking
   /// Windows.

@@ -68,6 +68,20 @@ struct AmdOutput {
   std::optional<uint32_t> legacy_kind;    // legacy: ATIDL_DisplayGetDeviceConfig
 };
 
+/// The software of USB displays: its library, and whether the service behind that does its work.
+struct DisplayLinkSoftware {
+  bool library = false;  // AddOnApi64.dll lies where `file` says
+  std::string file = "C:\\Program Files\\DisplayLink Core Software\\AddOnApi64.dll";
+  bool working = true;
+};
+
+/// A USB display as that library tells of it.
+struct NivoOutput {
+  uint64_t handle = 0;           // 0: by the connector's place
+  uint32_t execution_state = 1;  // while it is plugged in; 6 keeps it off the desktop
+  uint32_t product = 0x1000290;  // whoever has not subscribed this hears nothing of it
+};
+
 /// A graphics adapter as SetupAPI and EnumDisplayDevices list it.
 struct Adapter {
   std::string name;         // "Intel(R) HD Graphics"
@@ -81,6 +95,7 @@ struct Adapter {
   bool mirroring = false;        // a mirroring driver: a display device that is none
   bool enumerated = true;        // SetupAPI lists it among the present devices
   bool vendor_library = true;    // its driver brought the vendor's programming interface
+  bool usb = false;              // its displays hang on USB, and DisplayLink's software drives them
   uint32_t heads = 0;    // how many connectors it can drive at a time; 0: as many as sources
   uint32_t sources = 2;  // how many desktops it can scan out: one \\.\DISPLAYn each
   uint32_t luid_low = 0;
@@ -119,6 +134,7 @@ struct Connector {
   std::optional<std::string> nvidia_moniker;  // "#DA"
   std::optional<uint32_t> nvidia_display_type;
   AmdOutput amd;
+  NivoOutput nivo;  // on an adapter for USB
 };
 
 /// What CDS_NORESET stored for a display device and the next commit takes up.
@@ -202,6 +218,7 @@ struct Model {
   std::vector<Process> processes;
   std::vector<OtherWindow> other_windows;
   std::vector<Service> services;
+  DisplayLinkSoftware displaylink;
   uint32_t wave_out_devices = 1;
   /// What stands besides Windows' own topology: the groups that NVIDIA's driver was told.
   std::vector<NvidiaCloneGroup> nvidia_clone_groups;

@@ -32,7 +32,7 @@ constexpr RealImports kRealImports[] = {
     // Files, folders, profile files: all below the host's folders.
     {"kernel32.dll",
      " WriteFile SetFilePointer GetFileSizeEx GetFileAttributesW CreateDirectoryW DeleteFileA"
-     " DeleteFileW CopyFileW GetPrivateProfileIntA GetPrivateProfileIntW"
+     " DeleteFileW CopyFileW GetPrivateProfileIntW"
      " GetPrivateProfileStringA "},
     // Text.
     {"kernel32.dll",

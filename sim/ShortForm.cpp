@@ -7,6 +7,7 @@
 #include "sim/EdidMaker.h"
 #include "sim/Machine.h"
 #include "sim/Topology.h"
+#include "sim/faces/DisplayLink.h"
 
 namespace sim {
 namespace {
@@ -41,9 +42,12 @@ constexpr AdapterWord kAdapters[] = {
     {"amd", "AMD Radeon HD 7500M", "PCI\\VEN_1002&DEV_6841&SUBSYS_397717AA&REV_00"},
     {"sis", "SiS Mirage 3 Graphics", "PCI\\VEN_1039&DEV_6351&SUBSYS_397717AA&REV_10"},
     {"via", "VIA Chrome9 HC IGP", "PCI\\VEN_1106&DEV_3371&SUBSYS_397717AA&REV_01"},
+    {"displaylink", "DisplayLink Graphics Adapter", "USB\\VID_17E9&PID_0290&MI_00"},
     // Drives the displays, but stands in no list of devices.
     {"none", "Standard VGA Graphics Adapter", ""},
 };
+
+constexpr char kUsbAdapter[] = "displaylink";
 
 struct ConnectorWord {
   const char* word;
@@ -59,6 +63,7 @@ constexpr ConnectorWord kConnectors[] = {
     {"dp", 10, "DP Monitor"},
     {"edp", kTechnologyEmbeddedDisplayPort, "eDP Panel"},
     {"other", 0xFFFFFFFF, "Projector"},
+    {"usb", 0xFFFFFFFF, "USB Monitor"},
     {"wireless", 15, "Wireless"},
 };
 
@@ -123,6 +128,10 @@ class ShortFormReader {
     ReadHardware(text_.substr(0, colon));
     ReadConnectors(Trim(text_.substr(colon + 1)));
     AddCommonFurniture(model_);
+    const auto is_usb = [](const Adapter& adapter) { return adapter.usb; };
+    if (std::any_of(model_.adapters.begin(), model_.adapters.end(), is_usb)) {
+      InstallDisplayLink(model_);
+    }
     if (!StartWith(model_, active_, clone_)) {
       Complain(text_, "the active connectors cannot be shown together");
     }
@@ -234,6 +243,8 @@ std::optional<Adapter> AdapterByWord(const std::string& word) {
     adapter.name = row.name;
     adapter.hardware_id = row.hardware_id;
     adapter.enumerated = !adapter.hardware_id.empty();
+    adapter.usb = word == kUsbAdapter;
+    adapter.root_enumerated = adapter.usb;
     return adapter;
   }
   return std::nullopt;

@@ -15,9 +15,11 @@ constexpr uint32_t kPatience = 20000;
 // A thread looks up now and then, should a message have come without a sign.
 constexpr DWORD kLook = 1000;
 
-constexpr char kWindow[] = "window";
+// How fine the clock is for a thread that polls it.
+constexpr uint64_t kPollStep = 10;
 
-enum class Rest { kRunning, kWaiting, kSleeping, kEnded };
+constexpr char kWindow[] = "window";
+constexpr char kModule[] = "module";
 
 // What Windows takes from a thread that ends: its timers and its windows.
 void TakeBelongings(DWORD thread) {
@@ -56,12 +58,17 @@ bool IsArmed(const Machine::Timer& timer) {
 
 struct Threads::Record {
   DWORD id = 0;
-  HANDLE thread = nullptr;  // our own handle; the DLL closes its
+  HANDLE thread = nullptr;      // our own handle; the DLL closes its
+  HANDLE handed_out = nullptr;  // the DLL's
   HANDLE work = CreateEventW(nullptr, FALSE, FALSE, nullptr);
   Rest rest = Rest::kRunning;
   bool rests = false;    // it has waited or slept
   uint32_t signals = 0;  // grows with each message that the driver knows of
   uint64_t wake_at = 0;
+  LPTHREAD_START_ROUTINE procedure = nullptr;
+  std::optional<uint64_t> asked_at;  // the moment at which it asked for the time last
+  uint64_t asked_behind = 0;         // how many calls it had made by then
+  uint64_t next_look = 0;            // at the clock, while it polls
   std::deque<Machine::Timer> due;
 
   Record() = default;
@@ -88,19 +95,48 @@ Threads::~Threads() {
 }
 
 DWORD WINAPI Threads::Run(void* start) {
-  const std::unique_ptr<Start> given(static_cast<Start*>(start));
-  const DWORD result = given->procedure(given->parameter);
-  TakeBelongings(GetCurrentThreadId());
-  const Lock lock(given->threads->mutex_);
-  given->record->rest = Rest::kEnded;
-  SetEvent(given->threads->changed_);
+  const Start given = *static_cast<Start*>(start);
+  delete static_cast<Start*>(start);  // the procedure may end the thread without a return
+  bool begins = false;
+  {
+    const Lock lock(given.threads->mutex_);
+    begins = given.record->rest == Rest::kBeginning;
+  }
+  if (begins) given.threads->RestUntil(given.record, Rest::kBeginning, given.record->wake_at);
+  const DWORD result = given.procedure(given.parameter);
+  given.threads->Leave();
   return result;
+}
+
+void Threads::LeaveWithModule() {
+  Ledger& ledger = Machine::Current().state().ledger;
+  if (const Record* const self = Self()) {
+    const auto handle = reinterpret_cast<uint64_t>(self->handed_out);
+    if (ledger.Give(kThread, handle)) ledger.Take(kKeptThread, handle);
+  }
+  Leave();
+}
+
+void Threads::Leave() {
+  const DWORD self = GetCurrentThreadId();
+  if (!IsMember(self)) return;
+  TakeBelongings(self);
+  const Lock lock(mutex_);
+  Find(self)->rest = Rest::kEnded;
+  SetEvent(changed_);
 }
 
 HANDLE Threads::Create(LPSECURITY_ATTRIBUTES security, SIZE_T stack, LPTHREAD_START_ROUTINE start,
                        void* parameter, DWORD flags, DWORD* id) {
   auto record = std::make_unique<Record>();
   auto given = std::make_unique<Start>(Start{this, record.get(), start, parameter});
+  record->procedure = start;
+  const Clock& clock = Machine::Current().state().clock;
+  if (!start_at_once_ && !clock.real()) {
+    record->rest = Rest::kBeginning;
+    record->rests = true;
+    record->wake_at = clock.now();
+  }
   const HANDLE thread =
       CreateThread(security, stack, Run, given.get(), flags | CREATE_SUSPENDED, &record->id);
   if (thread == nullptr) return nullptr;
@@ -108,10 +144,13 @@ HANDLE Threads::Create(LPSECURITY_ATTRIBUTES security, SIZE_T stack, LPTHREAD_ST
   if (id != nullptr) *id = record->id;
   DuplicateHandle(GetCurrentProcess(), thread, GetCurrentProcess(), &record->thread, 0, FALSE,
                   DUPLICATE_SAME_ACCESS);
+  record->handed_out = thread;
   {
     const Lock lock(mutex_);
     records_.push_back(std::move(record));
   }
+  // Before the thread runs: in real time it may have ended by the time this returns.
+  LedgerTake(kThread, thread);
   if ((flags & CREATE_SUSPENDED) == 0) ResumeThread(thread);
   return thread;
 }
@@ -163,13 +202,15 @@ void Threads::Bury() {
 
 bool Threads::Settle(Scope scope) {
   const ULONGLONG begin = GetTickCount64();
-  while (!IsAtRest(scope)) {
-    if (GetTickCount64() - begin > patience_) {
-      ReportFailure("a thread of the DLL neither waits nor ends");
-      return false;
+  do {
+    while (!IsAtRest(scope)) {
+      if (GetTickCount64() - begin > patience_) {
+        ReportFailure("a thread of the DLL neither waits nor ends");
+        return false;
+      }
+      WaitForSingleObject(changed_, kLook);
     }
-    WaitForSingleObject(changed_, kLook);
-  }
+  } while (BeginNext());
   Bury();
   return true;
 }
@@ -197,22 +238,53 @@ void Threads::Notify(DWORD thread) {
   SetEvent(record->work);
 }
 
+bool Threads::Sleeps(Rest rest) {
+  return rest == Rest::kSleeping || rest == Rest::kPolling || rest == Rest::kIdle;
+}
+
 std::optional<uint64_t> Threads::NextWake() const {
   const Lock lock(mutex_);
   std::optional<uint64_t> first;
   for (const std::unique_ptr<Record>& record : records_) {
-    if (record->rest != Rest::kSleeping) continue;
+    if (!Sleeps(record->rest)) continue;
     if (!first || record->wake_at < *first) first = record->wake_at;
   }
   return first;
 }
 
-void Threads::WakeSleepers(uint64_t moment) {
+void Threads::WakeSleeper(uint64_t moment) {
+  const Lock lock(mutex_);
+  Record* next = nullptr;
+  for (const std::unique_ptr<Record>& record : records_) {
+    if (!Sleeps(record->rest) || record->wake_at > moment) continue;
+    if (next == nullptr || record->wake_at < next->wake_at) next = record.get();
+  }
+  if (next == nullptr) return;
+  next->rest = Rest::kRunning;
+  SetEvent(next->work);
+}
+
+void Threads::WakeEarly(Rest rest) {
+  const uint64_t now = Machine::Current().state().clock.now();
   const Lock lock(mutex_);
   for (const std::unique_ptr<Record>& record : records_) {
-    if (record->rest != Rest::kSleeping || record->wake_at > moment) continue;
+    if (record->rest == rest) record->wake_at = std::min(record->wake_at, now);
+  }
+}
+
+bool Threads::BeginNext() {
+  const Lock lock(mutex_);
+  for (const std::unique_ptr<Record>& record : records_) {
+    if (record->rest != Rest::kBeginning) continue;
     record->rest = Rest::kRunning;
     SetEvent(record->work);
+    return true;
+  }
+  return false;
+}
+
+void Threads::BeginAll() {
+  while (BeginNext()) {
   }
 }
 
@@ -223,12 +295,14 @@ size_t Threads::EndAll() {
     const Lock lock(mutex_);
     left = records_.size();
   }
+  ending_ = true;
   const ULONGLONG begin = GetTickCount64();
   while (!Empty() && GetTickCount64() - begin < patience_) {
     AskToEnd();
     WaitForSingleObject(changed_, 1);
     Bury();
   }
+  ending_ = false;
   given_up_ = !Empty();
   if (given_up_) ReportFailure("a thread of the DLL goes on, whatever it is told");
   return left;
@@ -240,7 +314,8 @@ void Threads::AskToEnd() {
   for (const std::unique_ptr<Record>& record : records_) {
     const bool waits = record->rest == Rest::kWaiting;
     if (waits) PostThreadMessageA(record->id, WM_QUIT, 0, 0);
-    if (!waits && record->rest != Rest::kSleeping) continue;
+    const bool begins = record->rest == Rest::kBeginning;
+    if (!waits && !begins && !Sleeps(record->rest)) continue;
     ++record->signals;
     record->rest = Rest::kRunning;
     SetEvent(record->work);
@@ -291,22 +366,81 @@ BOOL Threads::Get(MSG* message, HWND window, UINT first, UINT last) {
   }
 }
 
-bool Threads::Sleep(uint32_t milliseconds) {
-  Record* self = nullptr;
+Threads::Record* Threads::Self() const {
+  const Lock lock(mutex_);
+  return Find(GetCurrentThreadId());
+}
+
+// Returns once somebody has set the thread running again.
+bool Threads::RestUntil(Record* self, Rest rest, uint64_t wake_at) {
+  if (self == nullptr) return false;
   {
     const Lock lock(mutex_);
-    self = Find(GetCurrentThreadId());
-    if (self == nullptr) return false;
-    self->rest = Rest::kSleeping;
+    // A thread that begins has rested since it was made, and may have been let go of already.
+    if (rest != Rest::kBeginning) self->rest = rest;
     self->rests = true;
-    self->wake_at = Machine::Current().state().clock.now() + milliseconds;
+    self->wake_at = wake_at;
     SetEvent(changed_);
   }
   for (;;) {
+    {
+      const Lock lock(mutex_);
+      if (self->rest != rest) return true;
+    }
     WaitForSingleObject(self->work, kLook);
-    const Lock lock(mutex_);
-    if (self->rest != Rest::kSleeping) return true;
   }
+}
+
+bool Threads::Sleep(uint32_t milliseconds) {
+  const uint64_t now = Machine::Current().state().clock.now();
+  return RestUntil(Self(), Rest::kSleeping, now + milliseconds);
+}
+
+bool Threads::Idle(uint32_t milliseconds) {
+  const uint64_t now = Machine::Current().state().clock.now();
+  const bool rested = RestUntil(Self(), Rest::kIdle, now + milliseconds);
+  EndIfTold();
+  return rested;
+}
+
+void Threads::AskClock() {
+  const Clock& clock = Machine::Current().state().clock;
+  Record* const self = Self();
+  if (clock.real()) EndIfTold();
+  if (clock.real() || self == nullptr) return;
+  const uint64_t now = clock.now();
+  const uint64_t calls = CallsOfThisThread();
+  if (self->asked_behind != calls) self->next_look = 0;
+  if (self->asked_at == now && self->asked_behind == calls) {
+    if (self->next_look <= now) self->next_look = now + kPollStep;
+    RestUntil(self, Rest::kPolling, self->next_look);
+    EndIfTold();
+  }
+  self->asked_at = clock.now();
+  self->asked_behind = calls;
+}
+
+// It leaves as its own procedure would, and gives back the module that it holds.
+void Threads::EndIfTold() {
+  if (!ending_ || !IsMember(GetCurrentThreadId())) return;
+  Machine::State& state = Machine::Current().state();
+  const wchar_t* procedure = nullptr;
+  {
+    const Lock lock(mutex_);
+    procedure = reinterpret_cast<const wchar_t*>(Find(GetCurrentThreadId())->procedure);
+  }
+  HMODULE module = nullptr;
+  GetModuleHandleExW(
+      GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+      procedure, &module);
+  const bool holds = module != GetModuleHandleW(nullptr) &&
+                     state.ledger.Give(kModule, reinterpret_cast<uint64_t>(module));
+  if (!holds) {
+    Leave();
+    ExitThread(0);
+  }
+  LeaveWithModule();
+  FreeLibraryAndExitThread(module, 0);
 }
 
 }  // namespace sim

@@ -210,9 +210,12 @@ void NumberDevices(Model& model) {
   uint32_t luid = 0x9000;
   for (Adapter& adapter : model.adapters) {
     luid += 0x111;
-    if (adapter.luid_low == 0 && adapter.luid_high == 0) adapter.luid_low = luid;
+    if (adapter.luid_low != 0 || adapter.luid_high != 0) continue;
+    adapter.luid_low = luid;
+    adapter.luid_high = adapter.usb ? 1 : 0;
   }
-  std::vector<uint32_t> next_target(model.adapters.size(), 0x100);
+  std::vector<uint32_t> next_target;
+  for (const Adapter& adapter : model.adapters) next_target.push_back(adapter.usb ? 0x1100 : 0x100);
   for (Connector& connector : model.connectors) {
     if (connector.target_id != 0 || connector.adapter >= model.adapters.size()) continue;
     connector.target_id = next_target[connector.adapter];

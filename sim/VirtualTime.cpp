@@ -39,7 +39,7 @@ bool DoNext(Machine::State& state, uint64_t moment, Driver driver) {
   if (event == first) {
     state.plan.RunNext();
   } else if (wake == first) {
-    state.threads.WakeSleepers(first);
+    state.threads.WakeSleeper(first);
   } else if (const auto due = state.clock.NextDue(first, fires)) {
     Fire(state, *due);
   }
@@ -68,11 +68,17 @@ void Plan::RunNext() {
 bool PassTime(uint64_t moment, Driver driver, const std::function<bool()>& done) {
   Machine::State& state = Machine::Current().state();
   const auto scope = driver == Driver::kWaiting ? Threads::Scope::kAll : Threads::Scope::kResting;
-  do {
+  // Whoever polls the clock looks at it at both ends, too.
+  state.threads.WakePollers();
+  for (;;) {
     const bool settled = state.threads.Settle(scope);
     if (done()) return true;
     if (!settled) break;
-  } while (DoNext(state, moment, driver));
+    if (DoNext(state, moment, driver)) continue;
+    if (state.clock.now() >= moment) return false;
+    state.clock.PassTo(moment);
+    state.threads.WakePollers();
+  }
   state.clock.PassTo(moment);
   return false;
 }

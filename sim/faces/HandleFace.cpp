@@ -11,7 +11,6 @@ namespace {
 
 constexpr char kFile[] = "file";
 constexpr char kMutex[] = "mutex";
-constexpr char kThread[] = "thread";
 constexpr char kEvent[] = "event";
 constexpr const char* kKinds[] = {kFile, kMutex, kThread, kEvent};
 
@@ -62,6 +61,9 @@ BOOL WINAPI FakeCloseHandle(HANDLE handle) {
     LedgerGive(simulated->second.c_str(), handle);
     state.simulated_handles.erase(simulated);
     return TRUE;
+  }
+  if (state.ledger.Holds(kKeptThread, reinterpret_cast<uint64_t>(handle))) {
+    ReportFailure("closed the handle of a thread that ends with its module");
   }
   for (const char* kind : kKinds) {
     if (!state.ledger.Give(kind, reinterpret_cast<uint64_t>(handle))) continue;

@@ -25,7 +25,14 @@ std::string BaseName(const std::string& path) {
   return name;
 }
 
+// Libraries may be loaded on several threads at a time.
+Mutex& InventedLock() {
+  static Mutex mutex;
+  return mutex;
+}
+
 InventedModule* FindInvented(const std::string& path) {
+  const Lock lock(InventedLock());
   BringAmdLibraries(State());
   auto& invented = State().invented;
   auto found = invented.find(LowerCase(path));
@@ -37,6 +44,7 @@ InventedModule* FindInvented(const std::string& path) {
 }
 
 InventedModule* InventedFromHandle(HMODULE module) {
+  const Lock lock(InventedLock());
   for (auto& [name, invented] : State().invented) {
     if (reinterpret_cast<HMODULE>(&invented) == module) return &invented;
   }
@@ -59,7 +67,13 @@ HMODULE Load(const char* function, const std::string& path) {
   if (call.Fails()) return Refuse(call.FaultCode() != 0 ? call.FaultCode() : ERROR_MOD_NOT_FOUND);
   call.Read(0, "%s", path.c_str());
   if (InventedModule* invented = FindInvented(path)) {
-    if (invented->references++ == 0 && invented->on_load != nullptr) invented->on_load();
+    bool first = false;
+    {
+      const Lock lock(InventedLock());
+      first = invented->references++ == 0;
+    }
+    // Without the lock: a slow library waits in there.
+    if (first && invented->on_load != nullptr) invented->on_load();
     LedgerTake(kModule, invented);
     return reinterpret_cast<HMODULE>(invented);
   }
@@ -132,6 +146,12 @@ BOOL FindEx(const char* function, DWORD flags, const wchar_t* address, const std
   return TRUE;
 }
 
+BOOL WINAPI FakeGetModuleHandleExA(DWORD flags, LPCSTR name, HMODULE* module) {
+  const bool by_name = (flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) == 0 && name != nullptr;
+  return FindEx("GetModuleHandleExA", flags, reinterpret_cast<LPCWSTR>(name), by_name ? name : "",
+                module);
+}
+
 BOOL WINAPI FakeGetModuleHandleExW(DWORD flags, LPCWSTR name, HMODULE* module) {
   const bool by_name = (flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) == 0 && name != nullptr;
   return FindEx("GetModuleHandleExW", flags, name, by_name ? Narrow(name) : "", module);
@@ -184,15 +204,19 @@ BOOL WINAPI FakeFreeLibrary(HMODULE module) {
   LedgerGive(kModule, module);
   InventedModule* invented = InventedFromHandle(module);
   if (invented == nullptr) return FreeLibrary(module);
-  if (invented->references > 0 && --invented->references == 0 && invented->on_unload != nullptr) {
-    invented->on_unload();
+  bool last = false;
+  {
+    const Lock lock(InventedLock());
+    last = invented->references > 0 && --invented->references == 0;
   }
+  if (last && invented->on_unload != nullptr) invented->on_unload();
   return TRUE;
 }
 
 void WINAPI FakeFreeLibraryAndExitThread(HMODULE module, DWORD code) {
   Call call("FreeLibraryAndExitThread");
   LedgerGive(kModule, module);
+  State().threads.LeaveWithModule();
   FreeLibraryAndExitThread(module, code);
 }
 
@@ -206,6 +230,7 @@ const std::vector<Entry>& LoaderFace() {
       {"kernel32.dll", "LoadLibraryExW", Guard<FakeLoadLibraryExW>()},
       {"kernel32.dll", "GetModuleHandleA", Guard<FakeGetModuleHandleA>()},
       {"kernel32.dll", "GetModuleHandleW", Guard<FakeGetModuleHandleW>()},
+      {"kernel32.dll", "GetModuleHandleExA", Guard<FakeGetModuleHandleExA>()},
       {"kernel32.dll", "GetModuleHandleExW", Guard<FakeGetModuleHandleExW>()},
       {"kernel32.dll", "GetProcAddress", Guard<FakeGetProcAddress>()},
       {"kernel32.dll", "FreeLibrary", Guard<FakeFreeLibrary>()},

@@ -1,5 +1,6 @@
-// Writes to profile files: really made, in the folders of the host, and told in their order among
-// the calls around them.
+// Profile files: really read and written, in the folders of the host; writes are told in their
+// order among the calls around them.
+#include "sim/faces/Counted.h"
 #include "sim/faces/FaceHelp.h"
 
 namespace sim {
@@ -23,6 +24,7 @@ BOOL WINAPI FakeWritePrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR va
 const std::vector<Entry>& ProfileFace() {
   static const std::vector<Entry> kEntries = {
       {"kernel32.dll", "WritePrivateProfileStringA", Guard<FakeWritePrivateProfileStringA>()},
+      CountedEntry<GetPrivateProfileIntA>("kernel32.dll", "GetPrivateProfileIntA"),
   };
   return kEntries;
 }

@@ -10,7 +10,6 @@
 namespace sim {
 namespace {
 
-constexpr char kThread[] = "thread";
 constexpr char kEvent[] = "event";
 
 // How long a wait with a time-out may really take while the library has no thread of its own: that
@@ -35,9 +34,7 @@ HANDLE WINAPI FakeCreateThread(LPSECURITY_ATTRIBUTES security, SIZE_T stack,
   }
   call.Read(1, "security=%d stack=%llu parameter=%d flags=%lu", security != nullptr,
             static_cast<unsigned long long>(stack), parameter != nullptr, flags);
-  const HANDLE thread = State().threads.Create(security, stack, start, parameter, flags, id);
-  if (thread != nullptr) LedgerTake(kThread, thread);
-  return thread;
+  return State().threads.Create(security, stack, start, parameter, flags, id);
 }
 
 // --- Events. Nameless ones are not in the ledger: the compiler's thread support makes such for
@@ -94,10 +91,17 @@ DWORD WaitOnOwnThread(HANDLE handle, DWORD milliseconds) {
   return WaitForSingleObject(handle, 0);
 }
 
+// Real: a lock is soon free. Whoever waits for a thread that has not begun yet has it begin.
+DWORD WaitForGood(HANDLE handle) {
+  const DWORD result = WaitForSingleObject(handle, 0);
+  if (result != WAIT_TIMEOUT) return result;
+  if (!State().threads.IsMember(GetCurrentThreadId())) State().threads.BeginAll();
+  return WaitForSingleObject(handle, INFINITE);
+}
+
 DWORD Wait(HANDLE handle, DWORD milliseconds) {
-  if (State().clock.real() || milliseconds == INFINITE) {
-    return WaitForSingleObject(handle, milliseconds);
-  }
+  if (State().clock.real()) return WaitForSingleObject(handle, milliseconds);
+  if (milliseconds == INFINITE) return WaitForGood(handle);
   if (State().threads.IsMember(GetCurrentThreadId())) return WaitOnOwnThread(handle, milliseconds);
   return WaitInVirtualTime(handle, milliseconds);
 }

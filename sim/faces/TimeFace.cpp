@@ -26,7 +26,11 @@ ULONGLONG WINAPI FakeGetTickCount64() {
 
 DWORD WINAPI FakeGetTickCount() { return static_cast<DWORD>(FakeGetTickCount64()); }
 
+// Counted, but too frequent for the journal: somebody may be waiting for it to move.
 clock_t FakeClock() {
+  Machine::State& state = Machine::Current().state();
+  state.faults.OnCall("clock");
+  state.threads.AskClock();
   return TheClock().real() ? std::clock() : static_cast<clock_t>(TheClock().now());
 }
 

@@ -27,7 +27,7 @@ TEST(HostTraces, ThreadRunsAndIsInTheLedgerUntilItsHandleIsClosed) {
   const HANDLE thread = FAKE(CreateThread)(nullptr, 0, Answer, &number, 0, &id);
   ASSERT_NE(thread, nullptr);
   EXPECT_NE(id, 0u);
-  EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+  EXPECT_EQ(FAKE(WaitForSingleObject)(thread, INFINITE), WAIT_OBJECT_0);
   DWORD code = 0;
   EXPECT_TRUE(GetExitCodeThread(thread, &code));
   EXPECT_EQ(code, 42u);

@@ -316,6 +316,7 @@ TEST(MachineFile, EveryNotebookOfTheFolderStartsWithItsPanelAlone) {
                            "intel-nvidia",
                            "amd-panel-hdmi",
                            "displaylink-intel",
+                           "intel-displaylink",
                            "xp-nvidia",
                            "vista-nvidia",
                            "server2008",

@@ -43,6 +43,14 @@ struct FileHandleTraits {
 };
 using UniqueFile = UniqueResource<FileHandleTraits>;
 
+/// A reference on a loaded module.
+struct ModuleTraits {
+  using Handle = HMODULE;
+  static Handle Invalid() { return nullptr; }
+  static void Close(Handle module) { FreeLibrary(module); }
+};
+using UniqueModule = UniqueResource<ModuleTraits>;
+
 /// A handle of a thread, process, mutex or event, for which null means none.
 struct ObjectHandleTraits {
   using Handle = HANDLE;

@@ -45,6 +45,7 @@ TEST(FactoryLifetime, AnObjectThatDoesNotStartIsEnded) {
   EXPECT_EQ(host.backends.Living(), "");
   EXPECT_FALSE(host.Library().Init());
   EXPECT_EQ(host.backends.Living(), "");
+  EXPECT_EQ(host.machine.EndThreads(), 1u);  // the add-on host's, which stays connected
 }
 
 TEST(FactoryLifetime, AControllerThatDoesNotStartIsEndedWithItsParts) {

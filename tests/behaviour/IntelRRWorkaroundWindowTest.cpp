@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "sim/MachineState.h"
 #include "tests/behaviour/HdmiMonitors.h"
 
 namespace {
@@ -48,6 +49,7 @@ class RRWorker : public RRWindow {
  protected:
   void SetUp() override {
     RRWindow::SetUp();
+    host.machine.state().threads.StartAtOnce();
     ASSERT_TRUE(Create());
     script->TakeCalls();
     script->on_call = [this](const std::string&) { WaitForSingleObject(go, INFINITE); };

@@ -23,6 +23,11 @@ inline std::string MessagesWithSeverity(const std::string& log) {
   return std::regex_replace(log, std::regex("\\[[^\\]\n]*:([A-Z_0-9]+):[^\\]\n:]*\\] "), "$1 ");
 }
 
+/// What stands in the log whenever the factory, or somebody who wants a Win7CCD, looks for the
+/// DisplayLink software on a machine without it.
+constexpr char kNoDisplayLink[] =
+    "Cannot open DislayLink service, name = DisplayLinkService, last error = 1060\n";
+
 inline size_t CountOf(const std::string& text, const std::string& part) {
   size_t count = 0;
   for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;

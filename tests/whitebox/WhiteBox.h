@@ -6,11 +6,13 @@
 #include "tests/whitebox/AmdBox.h"
 #include "tests/whitebox/AtiBox.h"
 #include "tests/whitebox/CoreBox.h"
+#include "tests/whitebox/DisplayLinkBox.h"
 #include "tests/whitebox/FactoryBox.h"
 #include "tests/whitebox/FoundationBox.h"
 #include "tests/whitebox/HybridBox.h"
 #include "tests/whitebox/IdentityBox.h"
 #include "tests/whitebox/IntelBox.h"
+#include "tests/whitebox/LegacyBox.h"
 #include "tests/whitebox/NvidiaBox.h"
 #include "tests/whitebox/NvidiaPanelBox.h"
 #include "tests/whitebox/PolicyBox.h"
@@ -33,6 +35,8 @@ struct WhiteBox {
   const NvidiaPanelBox* nvidia_panel;
   const AtiBox* ati;
   const AmdBox* amd;
+  const LegacyBox* legacy;
+  const DisplayLinkBox* display_link;
 };
 
 /// The white-box build's one export more, "Ostrel_WhiteBox".

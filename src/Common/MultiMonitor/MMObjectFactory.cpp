@@ -75,6 +75,7 @@ IMMonitor* MMObjectFactory::UsePreferredWin7CCD() {
   // Deliberate: an object that is there already is overwritten, not deleted; and no vendor change
   // is looked for any more.
   std::unique_ptr<IMMonitor> preferred(CreateWin7CCDObject());
+  if (preferred == nullptr) throw std::bad_alloc();
   if (!m_unsaved.Add(m_instance)) throw std::bad_alloc();
   m_instance = preferred.release();
   m_activeVendor = static_cast<uint16_t>(kVendorWin7CCD);

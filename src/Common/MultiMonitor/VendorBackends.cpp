@@ -6,13 +6,22 @@
 #include "Common/MultiMonitor/Amd/ADLImpl.h"
 #include "Common/MultiMonitor/Amd/AdlSelection.h"
 #include "Common/MultiMonitor/Amd/AtiMMImpl.h"
+#include "Common/MultiMonitor/DisplayLink/DisplayLinkWorkaroundImpl.h"
+#include "Common/MultiMonitor/DisplayLink/displaylink_addon_host.h"
+#include "Common/MultiMonitor/DisplayLink/displaylink_util.h"
 #include "Common/MultiMonitor/Hybrid/HybridController.h"
 #include "Common/MultiMonitor/Intel/IntelMMImpl.h"
+#include "Common/MultiMonitor/Legacy/SisMMImpl.h"
+#include "Common/MultiMonitor/Legacy/ViaMMImpl.h"
 #include "Common/MultiMonitor/Nvidia/NvApi.h"
 #include "Common/MultiMonitor/Nvidia/NvidiaMMImpl.h"
 #include "Common/MultiMonitor/Nvidia/NvidiaMMImplV3CrossAdapter.h"
 #include "Common/MultiMonitor/PhysicalMonitorByDisplayLibrary.h"
 #include "Common/MultiMonitor/Win7CCD.h"
+
+// The library's own connection to the add-on host, beside those of the DisplayLink objects; empty
+// while there is none.
+boost::shared_ptr<displaylink::DisplayLinkAddOnHost> g_displayLinkHost;
 
 IMMonitor* NewIntelMMImpl() { return new (std::nothrow) IntelMMImpl(); }
 bool CanControlHDMIMonitor(IMMonitor* intel) {
@@ -24,9 +33,8 @@ IMMonitor* NewADLImpl() { return new (std::nothrow) ADLImpl(); }
 IMMonitor* NewAtiMMImpl() { return new (std::nothrow) AtiMMImpl(); }
 bool AdlLibraryQualifies() { return IsAdlAcceptable(); }
 
-// No SiS and no VIA back-end yet: a machine that needs one has none.
-IMMonitor* NewSisMMImpl() { return nullptr; }
-IMMonitor* NewViaMMImpl() { return nullptr; }
+IMMonitor* NewSisMMImpl() { return new (std::nothrow) SisMMImpl(); }
+IMMonitor* NewViaMMImpl() { return new (std::nothrow) ViaMMImpl(); }
 
 IMMonitor* NewNvidiaMMImpl() { return new (std::nothrow) NvidiaMMImpl(); }
 IMMonitor* NewNvidiaMMImplV2() { return new (std::nothrow) NvidiaMMImplV2(); }
@@ -57,11 +65,18 @@ IMMonitor* NewHybridController(IMMonitor* first, IMMonitor* cross_adapter) {
 
 Win7CCD* NewWin7CCD() { return new Win7CCD(boost::shared_ptr<Win7CCDApi>(new Win7CCDApi())); }
 
-// No DisplayLink support yet: its service counts as absent, so that nothing below is asked for.
-bool IsDisplayLinkServicePresent() { return false; }
-Win7CCD* NewDisplayLinkWorkaroundImpl() { return nullptr; }
-void ConnectDisplayLinkHost() {}
-void DisconnectDisplayLinkHost() {}
+Win7CCD* NewDisplayLinkWorkaroundImpl() { return displaylink::CreateDisplayLinkWorkaround(); }
+
+bool IsDisplayLinkServicePresent() { return displaylink::IsDisplayLinkServicePresent(); }
+void ConnectDisplayLinkHost() {
+  g_displayLinkHost = displaylink::DisplayLinkAddOnHost::GetInstance();
+  g_displayLinkHost->Connect();
+}
+void DisconnectDisplayLinkHost() {
+  if (g_displayLinkHost == nullptr) return;
+  g_displayLinkHost->Disconnect();
+  g_displayLinkHost.reset();
+}
 
 IPhysicalMonitor* NewPhysicalMonitorByDisplayLibrary() {
   return new PhysicalMonitorByDisplayLibrary();

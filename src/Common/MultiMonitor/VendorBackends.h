@@ -1,6 +1,5 @@
 // Where the graphics vendors' back-ends join the factory: one narrow function for each thing that
-// the factory asks of them. A back-end that does not exist yet answers as an object that is absent:
-// null, or no.
+// the factory asks of them.
 //
 // New objects belong to the caller and are not initialised. They are null when there is no memory
 // for the object itself; what its constructor throws passes through.
