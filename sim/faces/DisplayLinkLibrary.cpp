@@ -248,7 +248,7 @@ void WriteId(uint64_t handle, uint8_t* record) {
   const std::string name = connector ? State().model.connectors[*connector].id : std::string();
   std::memset(record + sizeof(uint32_t), 0, kIdSize - sizeof(uint32_t));
   std::memcpy(record + 8, &handle, sizeof handle);
-  std::memcpy(record + 16, name.data(), std::min(name.size(), size_t{kIdSize - 17}));
+  std::copy_n(name.begin(), std::min(name.size(), size_t{kIdSize - 17}), record + 16);
 }
 
 int32_t FakeDlGetNivoID(uint64_t handle, void* record) {

@@ -160,7 +160,7 @@ std::string Describe(const Escape& escape) {
 }
 
 int WINAPI FakeExtEscape(HDC dc, int code, int input_size, LPCSTR input, int output_size,
-                         LPSTR output) {
+                         LPSTR output) {  // NOLINT(readability-non-const-parameter): imported so
   Call call("ExtEscape");
   const Escape escape = {code, input_size, input, output_size, output};
   if (!Machine::Current().state().ledger.Holds(kDc, reinterpret_cast<uint64_t>(dc))) {
