@@ -1,5 +1,6 @@
 // What nearly every test includes, read once per test program. It only saves time: each file still
-// includes what it uses, and clang-tidy, which does not see this header, tells of one that does not.
+// includes what it uses, and clang-tidy, which does not see this header, tells of one that does
+// not.
 #pragma once
 
 #include <gmock/gmock.h>
