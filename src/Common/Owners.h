@@ -59,6 +59,14 @@ struct ObjectHandleTraits {
 };
 using UniqueHandle = UniqueResource<ObjectHandleTraits>;
 
+/// A device context of CreateDC.
+struct ContextTraits {
+  using Handle = HDC;
+  static Handle Invalid() { return nullptr; }
+  static void Close(Handle dc) { DeleteDC(dc); }
+};
+using UniqueContext = UniqueResource<ContextTraits>;
+
 struct KeyTraits {
   using Handle = HKEY;
   static Handle Invalid() { return nullptr; }

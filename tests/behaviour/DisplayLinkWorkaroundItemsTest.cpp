@@ -5,15 +5,15 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/SessionBench.h"
+#include "tests/behaviour/ItemsBench.h"
 
 namespace {
 
-class DisplayLinkItems : public testing::Test {
+class DisplayLinkItems : public ItemsBench {
  protected:
   explicit DisplayLinkItems(
       const std::string& text = "win7 intel: internal 1366x768 active, crt 1024x768")
-      : bench(text) {
+      : ItemsBench(text) {
     SetService(true);
   }
 
@@ -21,17 +21,6 @@ class DisplayLinkItems : public testing::Test {
     bench.machine.model().services.clear();
     if (there) bench.machine.model().services.push_back({"DisplayLinkService", false});
   }
-  template <typename Object = FakeMonitor>
-  void Start() {
-    ASSERT_TRUE(bench.Start<Object>());
-  }
-  /// The list for a mask; "refused" when it cannot be made.
-  std::string For(uint32_t connected, uint32_t count) {
-    if (bench.box().PrepareDMItems(connected, count) == 0) return "refused";
-    return bench.Items();
-  }
-
-  SessionBench bench;
 };
 
 constexpr char kPanelCrtAndHdmi[] =
@@ -153,17 +142,7 @@ TEST_F(DisplayLinkItemsBesideAnotherVendor, AreThoseWithoutTheService) {
 
 // --- The highlight
 
-class DisplayLinkCurrentItem : public DisplayLinkItems {
- protected:
-  void StartAt(uint32_t connected, uint32_t count, uint32_t mode, uint32_t active) {
-    bench.script->connected = connected;
-    bench.script->connected_count = count;
-    bench.script->mode = mode;
-    bench.script->active = active;
-    Start();
-    ASSERT_TRUE(bench.ostrel().Run());
-  }
-};
+class DisplayLinkCurrentItem : public DisplayLinkItems {};
 
 TEST_F(DisplayLinkCurrentItem, OfExtendedDesktopIsTheOneItemWhateverIsActive) {
   StartAt(0x13, 3, IMMonitor::DM_EXTEND, 0x11);

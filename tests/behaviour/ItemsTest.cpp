@@ -4,26 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/SessionBench.h"
+#include "tests/behaviour/ItemsBench.h"
 
 namespace {
 
 using Pictures = std::vector<std::string>;
 
-class Items : public testing::Test {
- protected:
-  template <typename Object = FakeMonitor>
-  void Start() {
-    ASSERT_TRUE(bench.Start<Object>());
-  }
-  /// The list for a mask; "refused" when it cannot be made.
-  std::string For(uint32_t connected, uint32_t count) {
-    if (bench.box().PrepareDMItems(connected, count) == 0) return "refused";
-    return bench.Items();
-  }
-
-  SessionBench bench;
-};
+using Items = ItemsBench;
 
 // --- What the user sees, row by row.
 
@@ -368,17 +355,7 @@ TEST_F(Items, KeepTheirPicturesOnOtherVendorsWhateverTheKeySays) {
 
 // --- The item of the current mode.
 
-class CurrentItem : public Items {
- protected:
-  void StartAt(uint32_t connected, uint32_t count, uint32_t mode, uint32_t active) {
-    bench.script->connected = connected;
-    bench.script->connected_count = count;
-    bench.script->mode = mode;
-    bench.script->active = active;
-    Start();
-    ASSERT_TRUE(bench.ostrel().Run());
-  }
-};
+class CurrentItem : public Items {};
 
 TEST_F(CurrentItem, IsTheOneWithThatModeAndThoseDisplays) {
   StartAt(0x13, 3, IMMonitor::DM_CLONE, 0x11);

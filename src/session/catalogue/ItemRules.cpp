@@ -10,8 +10,6 @@ bool IsAdvancedMode(uint32_t mode) {
   return mode == DisplayNumbers::DM_ADVANCED_P1 || mode == DisplayNumbers::DM_ADVANCED_P2;
 }
 
-bool IsPresentationType(uint32_t type) { return type == 32 || type == 64; }
-
 bool IsConnected(uint32_t mask, uint32_t connected) { return (mask & ~connected) == 0; }
 
 bool IsDigitalClone(uint32_t mode, uint32_t mask) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "Common/MultiMonitor/PresentationTypes.h"
 #include "session/catalogue/DMItem.h"
 
 namespace catalogue {
@@ -12,8 +13,7 @@ namespace catalogue {
 /// True for the two modes that spread the displays of two adapters.
 bool IsAdvancedMode(uint32_t mode);
 
-/// True for the types of a presentation item: 32 and 64.
-bool IsPresentationType(uint32_t type);
+using ::IsPresentationType;
 
 /// True when every display of `mask` is connected.
 bool IsConnected(uint32_t mask, uint32_t connected);

@@ -2,6 +2,7 @@
 
 #include "Common/Logging.h"
 #include "Common/MultiMonitor/DisplayDevices.h"
+#include "Common/Owners.h"
 #include "Common/Win.h"
 
 #include <algorithm>
@@ -12,10 +13,7 @@ constexpr uint32_t kNoAdapter = 0xFFFFFFFF;
 
 // Whether the device can be drawn on.
 bool HasContext(const char* device_name) {
-  const HDC dc = CreateDCA(nullptr, device_name, nullptr, nullptr);
-  if (dc == nullptr) return false;
-  DeleteDC(dc);
-  return true;
+  return UniqueContext(CreateDCA(nullptr, device_name, nullptr, nullptr)).IsValid();
 }
 
 // What a display is, by its kind, and where that says nothing by its type.

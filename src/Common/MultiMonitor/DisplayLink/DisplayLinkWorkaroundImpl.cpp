@@ -7,13 +7,10 @@
 
 #include "Common/MultiMonitor/DisplayLink/AddOnApi.h"
 #include "Common/MultiMonitor/OutputTechnology.h"
+#include "Common/MultiMonitor/PresentationTypes.h"
 
 namespace displaylink {
 namespace {
-
-// Presentation types, which stand in a mode's place.
-constexpr uint32_t kPresentation800x600 = 32;
-constexpr uint32_t kPresentation1024x768 = 64;
 
 /// Leaves one path a target, whatever number of sources it could be shown from.
 // Deliberate: a target is told by its id alone, so that of two adapters' targets with one id only
@@ -102,7 +99,7 @@ bool DisplayLinkWorkaroundImpl::LeavesExtendedDesktopForClone(uint32_t mode) {
   uint32_t active = 0;
   GetCurrentDisplayMode(&current, &active);  // a mode that cannot be had is not extended desktop
   if (current != DM_EXTEND) return false;
-  return mode == DM_CLONE || mode == kPresentation800x600 || mode == kPresentation1024x768;
+  return mode == DM_CLONE || IsPresentationType(mode);
 }
 
 Win7CCD* CreateDisplayLinkWorkaround() {

@@ -3,6 +3,7 @@
 #include "Common/MultiMonitor/Edid.h"
 #include "Common/MultiMonitor/Intel/ICUIExternal8.h"
 #include "Common/MultiMonitor/Intel/IntelMMImpl.h"
+#include "Common/MultiMonitor/PresentationTypes.h"
 
 #include <algorithm>
 #include <ios>
@@ -26,10 +27,6 @@ struct ScalingRow {
   uint32_t scaling;
 };
 constexpr ScalingRow kScalings[] = {{IMMonitor::MD_NB, 4}, {IMMonitor::MD_CRT, 64}};
-
-// Presentation types.
-constexpr uint32_t kPresentation800x600 = 32;
-constexpr uint32_t kPresentation1024x768 = 64;
 
 uint32_t ScalingOf(uint32_t display) {
   for (const ScalingRow& row : kScalings) {
@@ -173,9 +170,7 @@ BOOL IntelMMImpl::ApplyCloneWithResolution(uint32_t displays, const DEVMODEW& dm
 
 // Deliberate: the devices are those that were enumerated last.
 BOOL IntelMMImpl::SetDisplayModeWithSettings(uint32_t mode, uint32_t displays, DEVMODEW* dm) {
-  if (mode != DM_CLONE && mode != kPresentation800x600 && mode != kPresentation1024x768) {
-    return FALSE;
-  }
+  if (mode != DM_CLONE && !IsPresentationType(mode)) return FALSE;
   if (dm == nullptr || ApplyCloneWithResolution(displays, *dm) == 0) return FALSE;
   should_reset_display_settings_after_switch_ = FALSE;
   return TRUE;

@@ -12,13 +12,6 @@ constexpr uint32_t kAskActive = 1;
 constexpr uint32_t kSetDisplays = 2;
 constexpr uint32_t kAskConnected = 7;
 
-struct ContextTraits {
-  using Handle = HDC;
-  static Handle Invalid() { return nullptr; }
-  static void Close(Handle dc) { DeleteDC(dc); }
-};
-using UniqueContext = UniqueResource<ContextTraits>;
-
 UniqueContext NewContext() {
   return UniqueContext(CreateDCA("DISPLAY", nullptr, nullptr, nullptr));
 }
